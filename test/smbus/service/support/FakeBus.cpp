@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "test/smbus/service/support/FakeBus.hpp"
+
+#include <thread>
+
+#include "smbus/service/OperationKind.hpp"
+
+namespace SmbusService {
+
+namespace {
+
+std::string countingBytes(size_t count) {
+  std::string bytes;
+  for (size_t i = 0; i < count; ++i) {
+    bytes.push_back(static_cast<char>(0x10 + i));
+  }
+  return bytes;
+}
+
+}  // namespace
+
+int FakeBus::perform(const Operation& operation, std::string& answer) {
+  overlapped_ = overlapped_ || underWay_.fetch_add(1) != 0;
+  if (takes_.load().count() != 0) {
+    std::this_thread::sleep_for(takes_.load());
+  }
+  std::unique_lock lock(mutex_);
+  waitWhileHung(lock);
+  const size_t number = performed_.size();
+  performed_.push_back({operation.kind, operation.address, operation.command,
+                        std::string(operation.data.begin(), operation.data.end()), operation.pec});
+  const size_t bytes =
+      operation.kind == OperationKind::kReadBlock ? blockLength : mostAnswer(operation);
+  answer = countingBytes(bytes == 0 ? 0 : bytes + static_cast<size_t>(wrongBy));
+  const auto failure = failures_.find(number);
+  underWay_.fetch_sub(1);
+  return failure == failures_.end() ? 0 : failure->second;
+}
+
+void FakeBus::waitWhileHung(std::unique_lock<std::mutex>& lock) {
+  ++stuck_;
+  changed_.notify_all();
+  changed_.wait(lock, [this] { return !hangs_; });
+  --stuck_;
+}
+
+void FakeBus::failAt(size_t n, int error) {
+  const std::lock_guard lock(mutex_);
+  failures_[performed_.size() + n] = error;
+}
+
+void FakeBus::hang() {
+  const std::lock_guard lock(mutex_);
+  hangs_ = true;
+}
+
+void FakeBus::resume() {
+  const std::lock_guard lock(mutex_);
+  hangs_ = false;
+  changed_.notify_all();
+}
+
+void FakeBus::waitUntilStuck() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return stuck_ > 0; });
+}
+
+std::vector<Performed> FakeBus::performed() const {
+  const std::lock_guard lock(mutex_);
+  return performed_;
+}
+
+}  // namespace SmbusService

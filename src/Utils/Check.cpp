@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Utils/Check.hpp"
+
+#include <cassert>
+
+namespace Utils {
+
+// The C library's own reporter: it knows the program's name, and debuggers and crash collectors
+// know its message.
+void checkFailed(const char* text, const char* file, unsigned line, const char* function) {
+  __assert_fail(text, file, line, function);
+}
+
+}  // namespace Utils

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Checks that stay on in every build.
+//
+// A check states what the board's configuration, or the code, guarantees; when it does not hold,
+// the process prints
+//     program: file:line: function: Assertion `text' failed.
+// on standard error and aborts. The texts are known to those who bring boards up, character for
+// character, so a check takes its text explicitly. CHECK is for the texts that are plain source.
+#pragma once
+
+namespace Utils {
+
+// Prints the line above and aborts.
+[[noreturn]] void checkFailed(const char* text, const char* file, unsigned line,
+                              const char* function);
+
+}  // namespace Utils
+
+#define CHECK_TEXT(condition, text) \
+  ((condition)                      \
+       ? static_cast<void>(0)       \
+       : ::Utils::checkFailed(text, __FILE__, __LINE__, __extension__ __PRETTY_FUNCTION__))
+
+#define CHECK(condition) CHECK_TEXT(condition, #condition)

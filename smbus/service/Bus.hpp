@@ -35,7 +35,7 @@ struct Operation {
   uint8_t commandBytes = 1;  // 1 or 2, most significant byte first
   bool pec = false;          // packet error code, appended or checked
   size_t size = 0;           // bytes to read, for kReadI2cBlock
-  std::span<const uint8_t> data;
+  std::span<const uint8_t> data = {};
   std::chrono::milliseconds timeout{0};  // 0: the adapter's own default
 };
 

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/board/Chip.hpp"
+
+namespace SmbusService::Board {
+
+bool Chip::connect(std::string_view /*pin*/, Net& /*net*/, bool /*inverted*/) { return false; }
+
+}  // namespace SmbusService::Board

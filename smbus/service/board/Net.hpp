@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A wire between chips of the virtual board that is not a bus: power good, presence, reset.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace SmbusService::Board {
+
+// Any thread may drive and read it, so that it can join chips of different buses without a lock.
+class Net {
+ public:
+  explicit Net(bool level = true) : state_(level ? 1 : 0) {}
+
+  [[nodiscard]] bool level() const { return (state_.load(std::memory_order_acquire) & 1) != 0; }
+
+  // How often the net has changed its level; a chip that looks at the net only now and then
+  // learns from it of a pulse in between.
+  [[nodiscard]] uint32_t changes() const { return state_.load(std::memory_order_acquire) >> 1; }
+
+  void drive(bool level) {
+    uint32_t state = state_.load(std::memory_order_relaxed);
+    while (((state & 1) != 0) != level &&
+           !state_.compare_exchange_weak(state, (state ^ 1) + 2, std::memory_order_acq_rel)) {
+    }
+  }
+
+ private:
+  std::atomic<uint32_t> state_;  // bit 0: the level; above: the number of changes
+};
+
+// A chip's end of a net. A pin that is connected to nothing reads high, as pulled up.
+class Pin {
+ public:
+  void connect(Net& net, bool inverted) {
+    net_ = &net;
+    inverted_ = inverted;
+  }
+  [[nodiscard]] bool connected() const { return net_ != nullptr; }
+  [[nodiscard]] bool level() const { return net_ == nullptr || net_->level() != inverted_; }
+  [[nodiscard]] uint32_t changes() const { return net_ == nullptr ? 0 : net_->changes(); }
+  void drive(bool level) {
+    if (net_ != nullptr) net_->drive(level != inverted_);
+  }
+
+ private:
+  Net* net_ = nullptr;
+  bool inverted_ = false;
+};
+
+}  // namespace SmbusService::Board

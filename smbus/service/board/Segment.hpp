@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A piece of bus: the chips soldered to its two lines, and the muxes that may join further pieces
+// to it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "smbus/service/board/Chip.hpp"
+
+namespace SmbusService::Board {
+
+// A chip in its place on the board.
+struct Seat {
+  std::string label;
+  uint8_t address = 0;  // 7 bits
+  std::unique_ptr<Chip> chip;
+};
+
+class Mux;
+
+class Segment {
+ public:
+  Segment() = default;
+  Segment(const Segment&) = delete;
+  Segment& operator=(const Segment&) = delete;
+
+  // The address must be free on this segment. The segment owns the chip, and the seat stays where
+  // it is for the segment's life.
+  Seat& add(std::string label, uint8_t address, std::unique_ptr<Chip> chip);
+
+  // The chip on the segment itself with this address, or null.
+  [[nodiscard]] Seat* at(uint8_t address) const { return byAddress_[address & 0x7F]; }
+
+  // Appends every seat with this address that the segment's lines reach now: its own, and those
+  // behind the open channels of its muxes.
+  void find(uint8_t address, std::vector<Seat*>& found) const;
+
+ private:
+  std::vector<std::unique_ptr<Seat>> seats_;
+  std::array<Seat*, 128> byAddress_{};
+  std::vector<const Mux*> muxes_;
+};
+
+// A chip that joins segments to the one it sits on.
+class Mux : public Chip {
+ public:
+  static constexpr unsigned kMaxChannels = 8;
+
+  explicit Mux(unsigned channels) : channels_(channels) {}
+
+  [[nodiscard]] unsigned channels() const { return channels_; }
+  [[nodiscard]] Segment& channel(unsigned number) { return segments_.at(number); }
+
+  // The channels that are joined now, a bit each.
+  [[nodiscard]] virtual uint8_t open() const = 0;
+
+  void find(uint8_t address, std::vector<Seat*>& found) const;
+
+ private:
+  unsigned channels_;
+  std::array<Segment, kMaxChannels> segments_;
+};
+
+}  // namespace SmbusService::Board

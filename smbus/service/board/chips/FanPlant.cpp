@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/board/chips/FanPlant.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "smbus/service/board/Random.hpp"
+
+namespace SmbusService::Board {
+namespace {
+
+constexpr Time kStep = std::chrono::milliseconds(100);
+constexpr double kStepSeconds = 0.1;
+constexpr double kFanSeconds = 2;      // time constant of a fan
+constexpr double kSensorSeconds = 30;  // time constant of a heat sink
+constexpr int64_t kForgotten = 6000;   // steps after which the state before no longer shows
+
+constexpr double kStillAir = 0.2;    // cooling without a fan, against that of full air
+constexpr double kTurning = 0.05;    // part of full speed below which a fan counts as still
+constexpr uint32_t kMaxRpm = 65535;  // what a 16-bit speed register holds
+
+}  // namespace
+
+FanPlant::FanPlant(Settings& settings, uint64_t seed)
+    : seed_(seed),
+      ambient_(settings.real("ambient", -40, 125, 25)),
+      load_(settings.real("load", 0, 1, 0.5)),
+      noise_(settings.real("noise", 0, 1, 0.002)) {
+  settings.forEach("fans", [this](const Item& item) {
+    Settings fan(item);
+    fans_.push_back(
+        {double(fan.number("maxRpm", 1, kMaxRpm)), fan.flag("stalled", false), double{0}});
+    fan.finish();
+  });
+  if (fans_.size() > kMaxFans) settings.fail("fans", fmt::format("at most {} fans", kMaxFans));
+  settings.forEach("rises", [this](const Item& item) {
+    if (!item.value.IsNumber()) item.fail("write the sensor's rise in degrees");
+    sensors_.push_back({item.value.GetDouble(), double{0}});
+  });
+  if (sensors_.size() > kMaxSensors) {
+    settings.fail("rises", fmt::format("at most {} sensors", kMaxSensors));
+  }
+}
+
+double FanPlant::targetRpm(const Fan& fan) const { return fan.stalled ? 0 : fan.maxRpm * duty_; }
+
+double FanPlant::targetCelsius(const Sensor& sensor) const {
+  double air = 0;  // of full air
+  for (const Fan& fan : fans_) air += fan.rpm / fan.maxRpm / static_cast<double>(fans_.size());
+  return ambient_ + sensor.rise * load_ / (kStillAir + (1 - kStillAir) * air);
+}
+
+void FanPlant::settle(double duty) {
+  duty_ = duty;
+  for (Fan& fan : fans_) fan.rpm = targetRpm(fan);
+  for (Sensor& sensor : sensors_) sensor.celsius = targetCelsius(sensor);
+}
+
+void FanPlant::step() {
+  for (Fan& fan : fans_) fan.rpm += (targetRpm(fan) - fan.rpm) * (kStepSeconds / kFanSeconds);
+  for (Sensor& sensor : sensors_) {
+    sensor.celsius += (targetCelsius(sensor) - sensor.celsius) * (kStepSeconds / kSensorSeconds);
+  }
+}
+
+void FanPlant::advance(Time now) {
+  const int64_t until = now / kStep;
+  for (int64_t left = std::min(until - steps_, kForgotten); left > 0; --left) step();
+  steps_ = std::max(steps_, until);
+}
+
+double FanPlant::rpm(size_t fan) const {
+  const auto position = static_cast<uint64_t>(steps_) * kMaxFans + fan;
+  const double rpm = fans_[fan].rpm * (1 + noise_ * deviation(seed_, position));
+  return std::min(rpm, double{kMaxRpm});
+}
+
+bool FanPlant::stalled(size_t fan) const {
+  return duty_ > 0 && fans_[fan].rpm < fans_[fan].maxRpm * kTurning;
+}
+
+}  // namespace SmbusService::Board

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/board/chips/Psoc.hpp"
+
+#include <algorithm>
+
+namespace SmbusService::Board {
+namespace {
+
+constexpr uint8_t kPowerCycle = 0x08;
+constexpr uint8_t kPowerOff = 0x0A;
+constexpr uint8_t kTemperatures = 0x20;
+constexpr uint8_t kConfiguration0 = 0x30;
+constexpr uint8_t kConfiguration1 = 0x31;
+constexpr uint8_t kFanStall = 0x32;
+constexpr uint8_t kConfiguration3 = 0x33;
+constexpr uint8_t kDuty = 0x3C;  // to 0x3D
+constexpr uint8_t kSpeeds = 0x40;
+
+constexpr std::array kWritable = {kPowerCycle,     kPowerOff, kConfiguration0,   kConfiguration1,
+                                  kConfiguration3, kDuty,     uint8_t{kDuty + 1}};
+
+constexpr uint16_t kFullDuty = 10'000;  // 100 %
+
+double partOf(unsigned duty) { return double(std::min<unsigned>(duty, kFullDuty)) / kFullDuty; }
+
+template <typename T>
+T rounded(double value) {
+  constexpr double kMost = std::numeric_limits<T>::max();
+  return static_cast<T>(std::clamp(value + 0.5, 0.0, kMost));
+}
+
+}  // namespace
+
+Psoc::Psoc(FanPlant plant, uint16_t duty, Clock& clock) : plant_(std::move(plant)), clock_(clock) {
+  put16(kDuty, duty);
+  plant_.settle(partOf(duty));
+}
+
+void Psoc::put16(uint8_t number, uint16_t value) {
+  registers_[number] = static_cast<uint8_t>(value >> 8);
+  registers_[number + 1u] = static_cast<uint8_t>(value);
+}
+
+void Psoc::showPlant() {
+  uint8_t stall = 0;
+  for (size_t i = 0; i < plant_.fans(); ++i) {
+    put16(static_cast<uint8_t>(kSpeeds + 2 * i), rounded<uint16_t>(plant_.rpm(i)));
+    if (plant_.stalled(i)) stall = static_cast<uint8_t>(stall | (1u << i));
+  }
+  registers_[kFanStall] = stall;
+  for (size_t i = 0; i < plant_.sensors(); ++i) {
+    registers_[kTemperatures + i] = rounded<uint8_t>(plant_.celsius(i));
+  }
+}
+
+void Psoc::begin() {
+  plant_.advance(clock_.now());
+  showPlant();
+}
+
+bool Psoc::select(uint8_t pointer) {
+  pointer_ = pointer;
+  return true;
+}
+
+bool Psoc::store(uint8_t byte) {
+  const uint8_t number = pointer_++;
+  if (std::ranges::find(kWritable, number) == kWritable.end()) return true;
+  registers_[number] = byte;
+  if (number == kDuty + 1) plant_.setDuty(partOf((registers_[kDuty] << 8u) | byte));
+  return true;
+}
+
+std::unique_ptr<Chip> makePsoc(Settings& settings, const ChipContext& context) {
+  FanPlant plant(settings, context.seed);
+  const auto duty = static_cast<uint16_t>(settings.number("duty", 0, kFullDuty, 4000));
+  return std::make_unique<Psoc>(std::move(plant), duty, context.clock);
+}
+
+}  // namespace SmbusService::Board

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/board/chips/RegisterFile.hpp"
+
+#include <fmt/format.h>
+
+namespace SmbusService::Board {
+namespace {
+
+constexpr uint32_t kMaxRegisters = 256;
+
+struct Range {
+  uint32_t first;
+  uint32_t last;
+};
+
+// "0x20", "0x20-0x2F", or a number.
+Range rangeOf(const Item& item, uint32_t size) {
+  if (item.value.IsString()) {
+    const std::string text = item.text();
+    const size_t dash = text.find('-');
+    const auto first = parseNumber(std::string_view(text).substr(0, dash));
+    const auto last =
+        dash == std::string::npos ? first : parseNumber(std::string_view(text).substr(dash + 1));
+    if (first && last && *first <= *last && *last < size) return {*first, *last};
+    item.fail(fmt::format(
+        "write a register or a range of them below {}, like \"0x10\" or \"0x20-0x2F\"", size));
+  }
+  const uint32_t number = item.number(0, size - 1);
+  return {number, number};
+}
+
+unsigned bytesOfWidth(Settings& settings) {
+  const uint32_t width = settings.number("width", 8, 16, 8);
+  if (width % 8 != 0) settings.fail("width", "a register is 8 or 16 bits wide");
+  return width / 8;
+}
+
+}  // namespace
+
+RegisterFile::RegisterFile(Settings& settings)
+    : bytes_(bytesOfWidth(settings)),
+      bigEndian_(settings.choice("byteOrder", {"big", "little"}) == 0) {
+  const uint32_t size = settings.number("size", 1, kMaxRegisters, kMaxRegisters);
+  const uint32_t most = bytes_ == 1 ? UINT8_MAX : UINT16_MAX;
+  values_.assign(size, static_cast<uint16_t>(settings.number("fill", 0, most, 0)));
+  readOnly_.assign(size, false);
+
+  settings.forEachMember("registers", [&](const std::string& name, const Item& contents) {
+    const std::optional<uint32_t> first = parseNumber(name);
+    if (!first || *first >= size) {
+      contents.fail(fmt::format("\"{}\" is no register from 0 to {}", name, size - 1));
+    }
+    fill(contents, *first);
+  });
+  settings.forEach("readOnly", [&](const Item& item) {
+    const Range range = rangeOf(item, size);
+    for (uint32_t i = range.first; i <= range.last; ++i) readOnly_[i] = true;
+  });
+}
+
+void RegisterFile::fill(const Item& contents, uint32_t first) {
+  const uint32_t most = bytes_ == 1 ? UINT8_MAX : UINT16_MAX;
+  std::vector<uint16_t> values;
+  if (contents.value.IsArray()) {
+    for (rapidjson::SizeType i = 0; i < contents.value.Size(); ++i) {
+      values.push_back(static_cast<uint16_t>(contents.element(i).number(0, most)));
+    }
+  } else if (contents.value.IsString() && !parseNumber(contents.text())) {
+    for (const char c : contents.text()) values.push_back(static_cast<uint8_t>(c));
+  } else {
+    values.push_back(static_cast<uint16_t>(contents.number(0, most)));
+  }
+  if (values.size() > size() - first) {
+    contents.fail(fmt::format("{} values from register {} on; the chip has {} registers",
+                              values.size(), first, size()));
+  }
+  for (size_t i = 0; i < values.size(); ++i) values_[first + i] = values[i];
+}
+
+}  // namespace SmbusService::Board

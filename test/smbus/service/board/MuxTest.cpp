@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Who answers behind which channels.
+#include <cerrno>
+
+#include "test/smbus/service/board/BoardFixture.hpp"
+
+namespace SmbusService::Board {
+namespace {
+
+constexpr uint8_t kMux = 0x70;
+constexpr uint8_t kInner = 0x71;
+constexpr uint8_t kTwin = 0x50;  // one behind channel 1, one behind channel 2
+constexpr uint8_t kDeep = 0x51;  // behind channel 0 of the mux behind channel 7
+constexpr uint8_t kHere = 0x52;  // in front of the muxes
+
+class MuxTest : public BoardFixture {
+ protected:
+  MuxTest() {
+    loadChips(R"(
+      {'label': 'here', 'model': 'register', 'address': '0x52', 'fill': '0x52'},
+      {'label': 'mux', 'model': 'pca9548', 'address': '0x70', 'channels': [
+        {'channel': 1, 'chips': [
+          {'label': 'a', 'model': 'register', 'address': '0x50', 'fill': '0xA5'}]},
+        {'channel': 2, 'chips': [
+          {'label': 'b', 'model': 'register', 'address': '0x50', 'fill': '0x5E', 'size': 16}]},
+        {'channel': 7, 'chips': [
+          {'label': 'inner', 'model': 'pca9548', 'address': '0x71', 'channels': [
+            {'channel': 0, 'chips': [
+              {'label': 'deep', 'model': 'register', 'address': '0x51', 'fill': '0x51'}]}]}]}]})");
+  }
+};
+
+TEST_F(MuxTest, NoChannelIsOpenAtFirst) {
+  EXPECT_EQ(receive(kMux), 0);
+  EXPECT_EQ(answer, Bytes{0x00});
+  EXPECT_EQ(read(kTwin, 0), ENXIO);
+  EXPECT_EQ(read(kHere, 0), 0);
+}
+
+TEST_F(MuxTest, TheMaskReadsBack) {
+  EXPECT_EQ(send(kMux, 0x86), 0);
+  EXPECT_EQ(receive(kMux), 0);
+  EXPECT_EQ(answer, Bytes{0x86});
+}
+
+TEST_F(MuxTest, TheLastOfSeveralBytesIsTheMask) {
+  EXPECT_EQ(write(kMux, 0x02, {0x04, 0x80}), 0);
+  EXPECT_EQ(receive(kMux), 0);
+  EXPECT_EQ(answer, Bytes{0x80});
+}
+
+TEST_F(MuxTest, EqualAddressesBehindTwoChannelsAreToldApart) {
+  EXPECT_EQ(send(kMux, 1 << 1), 0);
+  EXPECT_EQ(write(kTwin, 3, {0x11}), 0);
+  EXPECT_EQ(send(kMux, 1 << 2), 0);
+  EXPECT_EQ(write(kTwin, 3, {0x22}), 0);
+  EXPECT_EQ(send(kMux, 1 << 1), 0);
+  EXPECT_EQ(read(kTwin, 3), 0);
+  EXPECT_EQ(answer, Bytes{0x11});
+  EXPECT_EQ(send(kMux, 1 << 2), 0);
+  EXPECT_EQ(read(kTwin, 3), 0);
+  EXPECT_EQ(answer, Bytes{0x22});
+}
+
+TEST_F(MuxTest, ChipsOfTwoOpenChannelsAnswerTogether) {
+  EXPECT_EQ(send(kMux, 1 << 1 | 1 << 2), 0);
+  EXPECT_EQ(read(kTwin, 0), 0);
+  EXPECT_EQ(answer, Bytes{0xA5 & 0x5E});
+}
+
+TEST_F(MuxTest, OneOfTwoIsEnoughToAcknowledge) {
+  EXPECT_EQ(send(kMux, 1 << 1 | 1 << 2), 0);
+  EXPECT_EQ(read(kTwin, 0x20), 0);  // beyond b's registers
+  EXPECT_EQ(answer, Bytes{0xA5 & 0x5E});
+}
+
+TEST_F(MuxTest, BothOfTwoTakeAWrite) {
+  EXPECT_EQ(send(kMux, 1 << 1 | 1 << 2), 0);
+  EXPECT_EQ(write(kTwin, 0, {0x33}), 0);
+  for (const unsigned channel : {1u, 2u}) {
+    EXPECT_EQ(send(kMux, static_cast<uint8_t>(1u << channel)), 0);
+    EXPECT_EQ(read(kTwin, 0), 0);
+    EXPECT_EQ(answer, Bytes{0x33});
+  }
+}
+
+TEST_F(MuxTest, ANestedChipAnswersWithBothMuxesOpenOnly) {
+  EXPECT_EQ(read(kDeep, 0), ENXIO);
+  EXPECT_EQ(send(kInner, 1), ENXIO);
+  EXPECT_EQ(send(kMux, 1 << 7), 0);
+  EXPECT_EQ(read(kDeep, 0), ENXIO);
+  EXPECT_EQ(send(kInner, 1), 0);
+  EXPECT_EQ(read(kDeep, 0), 0);
+  EXPECT_EQ(answer, Bytes{0x51});
+  EXPECT_EQ(send(kMux, 0), 0);
+  EXPECT_EQ(read(kDeep, 0), ENXIO);
+}
+
+TEST_F(MuxTest, AnInnerMuxKeepsItsChannelsWhileItIsCutOff) {
+  EXPECT_EQ(send(kMux, 1 << 7), 0);
+  EXPECT_EQ(send(kInner, 1), 0);
+  EXPECT_EQ(send(kMux, 0), 0);
+  EXPECT_EQ(send(kMux, 1 << 7), 0);
+  EXPECT_EQ(read(kDeep, 0), 0);
+}
+
+// A transfer that writes the mux and then, without a STOP, addresses a chip behind it.
+TEST_F(MuxTest, AChannelOpensAfterTheStopOnly) {
+  Wire wire(main().segment());
+  EXPECT_TRUE(wire.start(kMux, false));
+  EXPECT_TRUE(wire.write(1 << 1));
+  EXPECT_FALSE(wire.start(kTwin, true));
+  wire.stop();
+  EXPECT_TRUE(wire.start(kTwin, true));
+  wire.stop();
+}
+
+}  // namespace
+}  // namespace SmbusService::Board

@@ -5,7 +5,7 @@
 
 namespace SmbusService {
 
-bool BusSet::add(BusKey key, std::unique_ptr<Bus> bus, Clock& clock) {
+bool BusSet::add(BusKey key, std::shared_ptr<Bus> bus, Clock& clock) {
   if (slots_.contains(key)) {
     return false;
   }

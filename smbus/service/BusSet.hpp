@@ -17,7 +17,7 @@ namespace SmbusService {
 class BusSet {
  public:
   // False: there is such a bus already.
-  [[nodiscard]] bool add(BusKey key, std::unique_ptr<Bus> bus, Clock& clock);
+  [[nodiscard]] bool add(BusKey key, std::shared_ptr<Bus> bus, Clock& clock);
 
   // Lives as long as the set; null: no such bus.
   [[nodiscard]] BusSlot* find(const BusKey& key) const;

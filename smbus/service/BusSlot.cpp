@@ -3,7 +3,7 @@
 
 namespace SmbusService {
 
-BusSlot::BusSlot(BusKey key, std::unique_ptr<Bus> bus, Clock& clock)
+BusSlot::BusSlot(BusKey key, std::shared_ptr<Bus> bus, Clock& clock)
     : key_(key), name_(describe(key)), bus_(std::move(bus)), clock_(clock) {}
 
 bool BusSlot::acquire(TimePoint deadline) {

@@ -18,7 +18,7 @@ namespace SmbusService {
 
 class BusSlot {
  public:
-  BusSlot(BusKey key, std::unique_ptr<Bus> bus, Clock& clock);
+  BusSlot(BusKey key, std::shared_ptr<Bus> bus, Clock& clock);
 
   [[nodiscard]] const BusKey& key() const { return key_; }
   [[nodiscard]] const std::string& name() const { return name_; }
@@ -46,7 +46,7 @@ class BusSlot {
 
   const BusKey key_;
   const std::string name_;
-  const std::unique_ptr<Bus> bus_;
+  const std::shared_ptr<Bus> bus_;
   Clock& clock_;
 
   mutable std::mutex mutex_;

@@ -7,7 +7,7 @@ namespace SmbusService {
 
 TimePoint SystemClock::now() { return std::chrono::steady_clock::now(); }
 
-void SystemClock::sleep(Milliseconds duration) { std::this_thread::sleep_for(duration); }
+void SystemClock::sleep(Duration duration) { std::this_thread::sleep_for(duration); }
 
 void SystemClock::waitUntil(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
                             TimePoint deadline) {

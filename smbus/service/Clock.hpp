@@ -11,13 +11,14 @@
 namespace SmbusService {
 
 using Milliseconds = std::chrono::milliseconds;
+using Duration = std::chrono::nanoseconds;
 using TimePoint = std::chrono::steady_clock::time_point;
 
 class Clock {
  public:
   virtual ~Clock() = default;
   [[nodiscard]] virtual TimePoint now() = 0;
-  virtual void sleep(Milliseconds duration) = 0;
+  virtual void sleep(Duration duration) = 0;
 
   // Waits on `wake` until it is notified or `deadline` has come; may wake without a reason.
   virtual void waitUntil(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
@@ -28,7 +29,7 @@ class Clock {
 class SystemClock : public Clock {
  public:
   [[nodiscard]] TimePoint now() override;
-  void sleep(Milliseconds duration) override;
+  void sleep(Duration duration) override;
   void waitUntil(std::condition_variable& wake, std::unique_lock<std::mutex>& lock,
                  TimePoint deadline) override;
 };

@@ -15,7 +15,7 @@ class ManualClock : public Clock {
     const std::lock_guard lock(mutex_);
     return now_;
   }
-  void sleep(Milliseconds duration) override {
+  void sleep(Duration duration) override {
     const std::lock_guard lock(mutex_);
     now_ += duration;
     slept_ += duration;
@@ -26,7 +26,7 @@ class ManualClock : public Clock {
     now_ = std::max(now_, deadline);
   }
 
-  Milliseconds slept() {
+  Duration slept() {
     const std::lock_guard lock(mutex_);
     return slept_;
   }
@@ -34,7 +34,7 @@ class ManualClock : public Clock {
  private:
   std::mutex mutex_;
   TimePoint now_{std::chrono::hours(1)};
-  Milliseconds slept_{0};
+  Duration slept_{0};
 };
 
 }  // namespace SmbusService

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/Call.hpp"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "smbus/Frame.hpp"
+#include "smbus/service/OperationKind.hpp"
+
+namespace SmbusService {
+
+namespace {
+
+// What an idle connection may keep of its last transaction.
+constexpr size_t kMostBytesKept = 16 * 1024;
+constexpr int kMostRequestsKept = 128;
+
+std::string errorText(int error) { return std::generic_category().message(error); }
+
+void putFrame(const Smbus::TransactionResponse& response, std::string& frame) {
+  frame.assign(SmbusFrame::kHeaderSize, '\0');
+  response.AppendToString(&frame);
+  SmbusFrame::putLength(frame.data(),
+                        static_cast<uint32_t>(frame.size() - SmbusFrame::kHeaderSize));
+}
+
+// "read byte of register 0x8b"
+std::string describe(const Operation& operation) {
+  const KindTraits& traits = traitsOf(operation.kind);
+  return traits.hasCommand ? fmt::format("{} at register 0x{:02x}", traits.name, operation.command)
+                           : traits.name;
+}
+
+}  // namespace
+
+std::string failureFrame(const std::string& reason) {
+  Smbus::TransactionResponse response;
+  response.set_failed(true);
+  response.set_reason(reason);
+  std::string frame;
+  putFrame(response, frame);
+  return frame;
+}
+
+Call::Result Call::perform(std::string_view message) {
+  if (!parse(message)) {
+    return Result::kNotAMessage;
+  }
+  response_.Clear();
+  if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
+    fail(fmt::format("request {}: {}: {}", refusal->request, refusal->what,
+                     errorText(refusal->error)));
+  } else {
+    carryOut();
+  }
+  if (givenUp()) {
+    return Result::kGivenUp;
+  }
+  putFrame(response_, frame_);
+  log();
+  return Result::kAnswered;
+}
+
+bool Call::parse(std::string_view message) {
+  const std::optional<size_t> requests = countRequests(message);
+  return requests && *requests <= context_.limits.requests &&
+         request_.ParseFromArray(message.data(), static_cast<int>(message.size()));
+}
+
+void Call::carryOut() {
+  const TimePoint now = context_.clock.now();
+  const BusSlot* missing = hold_.acquire(transaction_, now + Milliseconds(context_.limits.busMs));
+  if (missing != nullptr) {
+    fail(fmt::format("request 0: {} {}: {}", missing->name(),
+                     missing->hung() ? "hangs" : "is held by others", errorText(ETIMEDOUT)));
+    return;
+  }
+  const Outcome outcome =
+      executor_.run(transaction_, retries(),
+                    context_.clock.now() + Milliseconds(context_.limits.transactionMs), response_);
+  hold_.release();
+  if (outcome.error != 0) {
+    fail(reason(outcome.step, "", outcome.error));
+  }
+}
+
+uint32_t Call::retries() const {
+  return std::min(request_.has_retrycount() ? request_.retrycount() : context_.retries,
+                  context_.limits.retries);
+}
+
+std::string Call::reason(size_t step, std::string_view what, int error) const {
+  const Step& failed = transaction_[step];
+  return fmt::format("request {} ({}) to device 0x{:02x} on {}: {}{}", step,
+                     describe(failed.operation), failed.operation.address, failed.bus->name(), what,
+                     errorText(error));
+}
+
+void Call::fail(const std::string& reason) {
+  response_.Clear();
+  response_.set_failed(true);
+  response_.set_reason(reason);
+}
+
+void Call::log() const {
+  if (request_.has_id() || response_.failed()) {
+    context_.log.line(Level::kInfo,
+                      fmt::format("transaction{}: {}",
+                                  request_.has_id() ? fmt::format(" id {}", request_.id()) : "",
+                                  response_.failed() ? response_.reason() : "done"));
+  }
+}
+
+void Call::answerSent() {
+  if (request_.request_size() > kMostRequestsKept || request_.ByteSizeLong() > kMostBytesKept ||
+      frame_.size() > kMostBytesKept) {
+    request_ = {};
+    response_ = {};
+    transaction_ = {};
+    frame_ = {};
+  }
+}
+
+bool Call::givenUp() {
+  const std::lock_guard lock(mutex_);
+  return givenUp_;
+}
+
+void Call::begins(size_t step, TimePoint now) {
+  const std::lock_guard lock(mutex_);
+  underWay_ = UnderWay{step, now};
+}
+
+bool Call::ends() {
+  const std::lock_guard lock(mutex_);
+  underWay_.reset();
+  return !givenUp_;
+}
+
+std::optional<std::string> Call::giveUpIfStuck(TimePoint now) {
+  const Milliseconds bound(context_.limits.busMs);
+  const std::lock_guard lock(mutex_);
+  if (givenUp_ || !underWay_ || now - underWay_->since < bound) {
+    return std::nullopt;
+  }
+  givenUp_ = true;
+  for (BusSlot* slot : hold_.slots()) {  // before the stuck thread can let go of it
+    slot->markHung();
+  }
+  return reason(underWay_->step, fmt::format("no end after {} ms: ", bound.count()), ETIMEDOUT);
+}
+
+}  // namespace SmbusService

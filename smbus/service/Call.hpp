@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The transactions of one serving thread, one after the other: from the bytes of a request to the
+// frame of its answer.
+//
+// An operation may never come back from the bus. The supervisor then gives the call up: it takes
+// over the answer and the connection, and leaves the call to the stuck thread. Should that thread
+// return, it finds the call given up, performs nothing more but the release suffix, lets go of the
+// bus and ends.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "smbus/service/BusSet.hpp"
+#include "smbus/service/Executor.hpp"
+#include "smbus/service/Log.hpp"
+#include "smbus/service/Protocol.hpp"
+
+namespace SmbusService {
+
+// What every connection works with. All of it outlives the server's threads.
+struct Context {
+  const BusSet& buses;
+  const Limits& limits;
+  uint32_t retries;  // of a transaction that does not say
+  Clock& clock;
+  Log& log;
+};
+
+// The frame of an answer that says why a transaction failed.
+[[nodiscard]] std::string failureFrame(const std::string& reason);
+
+class Call : private OperationWatch {
+ public:
+  enum class Result { kAnswered, kNotAMessage, kGivenUp };
+
+  explicit Call(const Context& context) : context_(context), executor_(context.clock, *this) {}
+
+  // For the serving thread. kNotAMessage: the bytes are none, or one with too many requests.
+  [[nodiscard]] Result perform(std::string_view message);
+
+  // The answer's frame, after kAnswered and until answerSent().
+  [[nodiscard]] std::string_view answer() const { return frame_; }
+  // Lets go of the memory of an unusually large transaction: the connection may be idle for long.
+  void answerSent();
+
+  // For the supervisor: gives the call up if an operation has been under way for limits.busMs.
+  // Returns the reason, to be given to the client; nothing, if the call goes on.
+  [[nodiscard]] std::optional<std::string> giveUpIfStuck(TimePoint now);
+
+ private:
+  struct UnderWay {
+    size_t step;
+    TimePoint since;
+  };
+
+  void begins(size_t step, TimePoint now) override;
+  bool ends() override;
+
+  [[nodiscard]] bool parse(std::string_view message);
+  void carryOut();
+  void fail(const std::string& reason);
+  void log() const;
+  [[nodiscard]] uint32_t retries() const;
+  [[nodiscard]] std::string reason(size_t step, std::string_view what, int error) const;
+  [[nodiscard]] bool givenUp();
+
+  const Context context_;
+  Executor executor_;
+  Smbus::TransactionRequest request_;
+  Smbus::TransactionResponse response_;
+  Transaction transaction_;
+  BusHold hold_;
+  std::string frame_;
+
+  std::mutex mutex_;  // guards what follows
+  std::optional<UnderWay> underWay_;
+  bool givenUp_ = false;
+};
+
+}  // namespace SmbusService

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/Daemon.hpp"
+
+#include <fmt/format.h>
+#include <sys/signalfd.h>
+
+#include <csignal>
+#include <memory>
+
+#include "smbus/service/BackEnds.hpp"
+#include "smbus/service/Server.hpp"
+#include "smbus/service/SocketTransport.hpp"
+#include "smbus/service/Systemd.hpp"
+
+namespace SmbusService {
+
+namespace {
+
+// Readable once the process is asked to stop. Threads made later inherit the blocked signals.
+Descriptor stopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::signal(SIGPIPE, SIG_IGN);
+  return Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC));
+}
+
+std::unique_ptr<ListeningSocket> listenAt(const SocketSettings& settings) {
+  std::optional<Descriptor> inherited = Systemd::inheritedSocket();
+  return inherited ? std::make_unique<ListeningSocket>(std::move(*inherited))
+                   : std::make_unique<ListeningSocket>(settings);
+}
+
+void tellSystemd(const BusSlot* hung) {
+  if (hung == nullptr) {
+    Systemd::notifyAlive();
+  } else {
+    Systemd::notifyHung(hung->name());
+  }
+}
+
+// Everything that serves, in the order in which it is made.
+class Daemon {
+ public:
+  Daemon(const DaemonOptions& options, Log& log)
+      : log_(log),
+        file_(Config::JsonFile::load(options.configuration)),
+        configuration_(readConfiguration(file_)),
+        backEnds_(file_, configuration_, clock_) {
+    if (!options.socket.empty()) {
+      configuration_.socket.path = options.socket;
+    }
+    for (const BusEntry& entry : configuration_.buses) {
+      (void)buses_.add(entry.key, backEnds_.open(entry), clock_);  // each is there once
+    }
+  }
+
+  bool serve(int stop) {
+    auto socket = listenAt(configuration_.socket);
+    server_ = std::make_unique<Server>(
+        Context{buses_, configuration_.limits, configuration_.retries, clock_, log_}, tellSystemd);
+    Acceptor acceptor(
+        socket->descriptor(), clock_, log_, [this](Descriptor client, const Peer& peer) {
+          server_->adopt(std::make_unique<SocketTransport>(std::move(client), clock_), peer);
+        });
+    log_.line(Level::kNotice, fmt::format("serving {} buses", buses_.size()));
+    Systemd::notifyReady();
+    acceptor.run(stop);
+    Systemd::notifyStopping();
+    log_.line(Level::kNotice, "stopping");
+    socket.reset();
+    return server_->stop();
+  }
+
+ private:
+  Log& log_;
+  SystemClock clock_;
+  const Config::JsonFile file_;
+  Configuration configuration_;
+  const BackEnds backEnds_;
+  BusSet buses_;
+  std::unique_ptr<Server> server_;
+};
+
+}  // namespace
+
+void checkConfiguration(const std::string& path) {
+  SystemClock clock;
+  const Config::JsonFile file = Config::JsonFile::load(path);
+  const Configuration configuration = readConfiguration(file);
+  const BackEnds backEnds(file, configuration, clock);
+}
+
+bool runDaemon(const DaemonOptions& options, Log& log) {
+  const Descriptor stop = stopSignals();
+  auto daemon = std::make_unique<Daemon>(options, log);
+  const bool ended = daemon->serve(stop.get());
+  if (!ended) {
+    log.line(Level::kError, "stopped while a bus hangs; its operation is left behind");
+    (void)daemon.release();  // stuck threads use it until the process ends
+  }
+  return ended;
+}
+
+}  // namespace SmbusService

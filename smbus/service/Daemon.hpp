@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The service's life: configuration, buses, socket, serving, stop.
+#pragma once
+
+#include <string>
+
+#include "smbus/service/Log.hpp"
+
+namespace SmbusService {
+
+struct DaemonOptions {
+  std::string configuration;  // path of the file
+  std::string socket;         // path that replaces the configuration's; empty: none
+};
+
+// Checks the configuration and, if there is one, the virtual board's file; opens nothing else.
+// Throws Config::FileError.
+void checkConfiguration(const std::string& path);
+
+// Serves until SIGTERM or SIGINT; to be called while the process has one thread. Throws
+// std::runtime_error (a Config::FileError, a ListenError) when serving cannot begin. False: it was
+// stopped while a bus hung. The threads that are stuck in it go on using what the process has: it
+// must end without destroying anything.
+[[nodiscard]] bool runDaemon(const DaemonOptions& options, Log& log);
+
+}  // namespace SmbusService

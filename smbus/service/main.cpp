@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// smbusd, the SMBus service.
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+
+#include "config/FileError.hpp"
+#include "smbus/service/Daemon.hpp"
+
+namespace {
+
+constexpr const char* kDefaultConfiguration = "/etc/nimbo/smbusd.json";
+
+// Exit codes beside 0 and what the option parser returns.
+constexpr int kFailed = 1;
+constexpr int kWrongConfiguration = 2;
+
+int check(const std::string& path) {
+  SmbusService::checkConfiguration(path);
+  std::cout << path << ": no errors\n";
+  return EXIT_SUCCESS;
+}
+
+int serve(const SmbusService::DaemonOptions& options) {
+  static SmbusService::StandardErrorLog log;
+  if (!SmbusService::runDaemon(options, log)) {
+    std::_Exit(kFailed);  // without destructors: a stuck thread may still run
+  }
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  SmbusService::DaemonOptions options{kDefaultConfiguration, ""};
+  std::string checked;
+  CLI::App app("The SMBus service: performs transactions on a board's buses for its clients.",
+               "smbusd");
+  app.add_option("--config", options.configuration, "configuration file")->capture_default_str();
+  app.add_option("--socket", options.socket, "path of the socket, in place of the configured one");
+  app.add_option("--check", checked, "check a configuration file, open nothing, and end");
+  app.set_version_flag("--version", "smbusd " NIMBO_VERSION);
+  CLI11_PARSE(app, argc, argv);
+  try {
+    return checked.empty() ? serve(options) : check(checked);
+  } catch (const Config::FileError& error) {
+    std::cerr << error.what() << '\n';
+    return kWrongConfiguration;
+  } catch (const std::exception& error) {
+    std::cerr << "smbusd: " << error.what() << '\n';
+    return kFailed;
+  }
+}

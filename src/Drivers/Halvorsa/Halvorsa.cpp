@@ -2,9 +2,12 @@
 //
 // What this board's build of the library knows by name: its drivers and its access methods.
 #include "Drivers/Dummy.hpp"
+#include "Drivers/GenericSmbusMux.hpp"
 #include "Drivers/Halvorsa/HalvorsaPsoc.hpp"
 #include "Drivers/Registry.hpp"
+#include "Drivers/SmbusProxyDriver.hpp"
 #include "Ham/Ham.hpp"
+#include "Ham/NimboSmbusHam.hpp"
 #include "Ham/SimHam.hpp"
 
 namespace Drivers {
@@ -12,6 +15,9 @@ namespace Drivers {
 std::map<std::string, DriverFactory> drivers = {
     {"Dummy", Dummy::create},
     {"GpioDriver", Dummy::create},  // a device whose only use is its GPIO lines
+    {"SmbusProxyDriver", SmbusProxyDriver::create},
+    {"GenericSmbusMux", GenericSmbusMux::create},
+    {"PCA9548", GenericSmbusMux::create},
     {"HalvorsaPsoc", HalvorsaPsoc::create},
 };
 
@@ -20,6 +26,7 @@ std::map<std::string, DriverFactory> drivers = {
 namespace Ham {
 
 std::map<std::string, HamFactory> hams = {
+    {"NimboSmbus", NimboSmbusHam::create},
     {"SimHam", SimHam::create},
 };
 

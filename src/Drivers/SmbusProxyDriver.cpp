@@ -6,18 +6,18 @@
 #include <algorithm>
 #include <string>
 
+#include "Drivers/Args.hpp"
 #include "Utils/Host.hpp"
 
 namespace Drivers {
 
 namespace {
 
-constexpr int kUsPerMs = 1000;
+constexpr uint32_t kUsPerMs = 1000;
 constexpr uint32_t kNoRetries = 0;
 
 uint32_t delayUs(const DriverArgs& args, const char* key) {
-  const auto it = args.driverArgs.find(key);
-  return it != args.driverArgs.end() ? static_cast<uint32_t>(std::stoi(it->second) * kUsPerMs) : 0;
+  return static_cast<uint32_t>(numberOr(args.driverArgs, key, 0)) * kUsPerMs;
 }
 
 }  // namespace

@@ -2,8 +2,14 @@
 //
 // What this board's build of the library knows by name: its drivers and its access methods.
 #include "Drivers/Dummy.hpp"
+#include "Drivers/GenericPCA9555.hpp"
 #include "Drivers/GenericSmbusMux.hpp"
+#include "Drivers/Halvorsa/HalvPsuPCA9555.hpp"
+#include "Drivers/Halvorsa/HalvorsaPCA9555.hpp"
 #include "Drivers/Halvorsa/HalvorsaPsoc.hpp"
+#include "Drivers/Halvorsa/LedCPLD.hpp"
+#include "Drivers/Halvorsa/XcvrCPLD.hpp"
+#include "Drivers/Halvorsa/XcvrExpander.hpp"
 #include "Drivers/Registry.hpp"
 #include "Drivers/SmbusProxyDriver.hpp"
 #include "Ham/Ham.hpp"
@@ -18,7 +24,16 @@ std::map<std::string, DriverFactory> drivers = {
     {"SmbusProxyDriver", SmbusProxyDriver::create},
     {"GenericSmbusMux", GenericSmbusMux::create},
     {"PCA9548", GenericSmbusMux::create},
+    {"HalvQCPLD", HalvorsaQCPLD::create},
+    {"GenericPCA9555", GenericPCA9555::create},
+    {"HalvorsaPCA9555", HalvorsaPCA9555::create},
     {"HalvorsaPsoc", HalvorsaPsoc::create},
+    {"HalvPsuPCA9555", HalvPsuPCA9555::create},
+    {"HalvorsaSFP", HalvorsaSFP::create},
+    {"HalvSPCA9555", HalvSQSFP::create},  // the expander's name, the class of its ports
+    {"HalvCLedCPLD", HalvCLedCPLD::create},
+    {"HalvYQSFP", HalvYQSFP::create},
+    {"HalvYCPLD", HalvorsaYCPLD::create},
 };
 
 }  // namespace Drivers

@@ -2,7 +2,6 @@
 #include "smbus/service/board/chips/Psoc.hpp"
 
 #include <algorithm>
-#include <limits>
 
 namespace SmbusService::Board {
 namespace {
@@ -32,7 +31,7 @@ T rounded(double value) {
 
 }  // namespace
 
-Psoc::Psoc(FanPlant plant, uint16_t duty) : plant_(std::move(plant)) {
+Psoc::Psoc(FanPlant plant, uint16_t duty, Clock& clock) : plant_(std::move(plant)), clock_(clock) {
   put16(kDuty, duty);
   plant_.settle(partOf(duty));
 }
@@ -55,7 +54,7 @@ void Psoc::showPlant() {
 }
 
 void Psoc::begin() {
-  plant_.catchUp();
+  plant_.advance(clock_.now());
   showPlant();
 }
 
@@ -73,9 +72,9 @@ bool Psoc::store(uint8_t byte) {
 }
 
 std::unique_ptr<Chip> makePsoc(Settings& settings, const ChipContext& context) {
-  FanPlant plant(settings, context.seed, context.clock);
+  FanPlant plant(settings, context.seed);
   const auto duty = static_cast<uint16_t>(settings.number("duty", 0, kFullDuty, 4000));
-  return std::make_unique<Psoc>(std::move(plant), duty);
+  return std::make_unique<Psoc>(std::move(plant), duty, context.clock);
 }
 
 }  // namespace SmbusService::Board

@@ -16,8 +16,7 @@
 //
 // All others read 0 and ignore writes. Before anybody writes it the duty is 40 %.
 //
-// Settings: those of FanPlant, and "duty", the duty at first in 1/100 % (4000). Quantities: those
-// of FanPlant.
+// Settings: those of FanPlant, and "duty", the duty at first in 1/100 % (4000).
 #pragma once
 
 #include <array>
@@ -31,9 +30,9 @@ namespace SmbusService::Board {
 
 class Psoc : public PointerChip {
  public:
-  Psoc(FanPlant plant, uint16_t duty);
+  Psoc(FanPlant plant, uint16_t duty, Clock& clock);
 
-  [[nodiscard]] std::vector<Quantity> quantities() override { return plant_.quantities(); }
+  [[nodiscard]] FanPlant& plant() { return plant_; }
 
  protected:
   void begin() override;
@@ -46,6 +45,7 @@ class Psoc : public PointerChip {
   void showPlant();
 
   FanPlant plant_;
+  Clock& clock_;
   std::array<uint8_t, 256> registers_{};
   uint8_t pointer_ = 0;
 };

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "smbus/service/board/VirtualBoard.hpp"
-#include "test/smbus/service/support/ManualClock.hpp"
 
 namespace SmbusService::Board {
 
@@ -65,7 +64,7 @@ class BoardFixture : public ::testing::Test {
                    data);
   }
 
-  ManualClock clock;
+  SimulatedClock clock;
   std::unique_ptr<VirtualBoard> board;
   Bytes answer;
 };

@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Board.hpp"
+
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+namespace {
+
+using Nimbo::Board;
+using Nimbo::Entry;
+
+constexpr const char* kDevices = R"([
+  {"did": 7, "label": "PSoC", "driver": "HalvorsaPsoc", "address": {"address": 78},
+   "driverArgs": {"maxRpm": 20000, "registerOffset": 3}, "components": [{"uid": 9}]},
+  {"did": 8, "label": "CPLD", "driver": "GpioDriver", "address": {"address": 49}}])";
+
+// A board with the devices on one bus, and lists of entries.
+std::string board(const std::string& devices, const std::string& lists = "") {
+  return R"({"board": "B", "topology": [{"type": "I2C", "ham": "NimboSmbus", "id": 1, "devices": )" +
+         devices + "}]" + lists + "}";
+}
+
+std::string fault(const std::string& text) {
+  try {
+    Board::parse("f", text);
+  } catch (const Config::FileError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+// The place's line and column vary with the text above; tests of messages look at the rest.
+std::string message(const std::string& text) {
+  const std::string what = fault(text);
+  return what == "none" ? what : what.substr(what.find(": ") + 2);
+}
+
+TEST(Board, InstalledBoardIsSound) {
+  const Board halvorsa = Board::load(NIMBO_HALVORSA_BOARD);
+  EXPECT_STREQ(halvorsa.name(), "Halvorsa");
+  EXPECT_EQ(halvorsa.entries("fans").size(), 4U);
+  EXPECT_EQ(halvorsa.entries("temp_sensors").size(), 6U);
+}
+
+TEST(Board, TopologyIsTheFilesOwn) {
+  rapidjson::Document topology;
+  topology.Parse(Board::parse("f", board(kDevices)).topology().c_str());
+  ASSERT_TRUE(topology.IsArray());
+  EXPECT_EQ(topology[0]["devices"][0]["did"].GetInt(), 7);
+}
+
+TEST(Board, DescriptionJoinsDeviceAndEntry) {
+  const Board parsed =
+      Board::parse("f", board(kDevices, R"(, "fans": [{"name": "fan1", "device": "PSoC",
+                                          "args": {"fanId": 1, "registerOffset": 0}}])"));
+  const Entry fan = parsed.entries("fans").at(0);
+  rapidjson::Document text;
+  text.Parse(parsed.description(fan).c_str());
+  ASSERT_TRUE(text.IsObject());
+  EXPECT_EQ(text["did"].GetInt(), 7);
+  EXPECT_STREQ(text["driver"].GetString(), "HalvorsaPsoc");
+  EXPECT_EQ(text["address"]["address"].GetInt(), 78);
+  EXPECT_EQ(text["driverArgs"]["fanId"].GetInt(), 1);
+  EXPECT_EQ(text["driverArgs"]["maxRpm"].GetInt(), 20000) << "the device's own argument";
+  EXPECT_EQ(text["driverArgs"]["registerOffset"].GetInt(), 0) << "the entry's wins";
+  EXPECT_EQ(text["driverArgs"].MemberCount(), 3U);
+}
+
+TEST(Board, AllEntriesOfADeviceShareItsSimulationName) {
+  const Board parsed = Board::parse("f", board(kDevices, R"(,
+      "gpios": [{"name": "a", "device": "CPLD", "args": {"register": 1, "bitpos": 0}},
+                {"name": "b", "device": "CPLD", "args": {"register": 1, "bitpos": 1}}])"));
+  for (const Entry& line : parsed.entries("gpios")) {
+    rapidjson::Document text;
+    text.Parse(parsed.description(line).c_str());
+    EXPECT_STREQ(text["name"].GetString(), "CPLD");
+  }
+}
+
+TEST(Board, PlaceOfAnEntryIsItsObject) {
+  const Board parsed = Board::parse("f", board(kDevices, R"(,
+ "gpios": [
+   {"name": "a", "device": "CPLD", "args": {"register": 1, "bitpos": 0}}])"));
+  EXPECT_EQ(parsed.place(parsed.entries("gpios").at(0)).text(), "f:6:4");
+}
+
+TEST(Board, MissingListHasNoEntries) {
+  EXPECT_TRUE(Board::parse("f", board(kDevices)).entries("leds").empty());
+}
+
+TEST(Board, SyntaxErrorHasItsPlace) {
+  EXPECT_EQ(fault("{\"board\": \"B\",\n\"topology\" []}"),
+            "f:2:12: Missing a colon after a name of object member.");
+}
+
+TEST(Board, MissingKeyIsNamed) {
+  EXPECT_EQ(fault("{\"topology\": []}"),
+            "f:1:1: the key \"board\" is missing in this object (the board's name)");
+  EXPECT_THAT(message(board(R"([{"did": 7, "label": "x", "driver": "Dummy"}])")),
+              testing::StartsWith("the key \"address\" is missing in this object"));
+}
+
+TEST(Board, UnknownDriverIsRefusedAndTheKnownOnesAreListed) {
+  EXPECT_THAT(
+      message(board(R"([{"did": 7, "label": "x", "driver": "Psoc", "address": {"address": 1}}])")),
+      testing::AllOf(testing::StartsWith("\"Psoc\" is not known; expected "),
+                     testing::HasSubstr("\"HalvorsaPsoc\"")));
+}
+
+TEST(Board, UnknownControllerIsRefused) {
+  EXPECT_THAT(message(R"({"board": "B", "topology": [{"type": "SMC", "ham": "NimboSmbus"}]})"),
+              testing::StartsWith("\"SMC\" is not known; expected \"SCD\", \"I2C\""));
+}
+
+TEST(Board, AddressBeyondSevenBitsIsRefused) {
+  EXPECT_THAT(message(board(
+                  R"([{"did": 7, "label": "x", "driver": "Dummy", "address": {"address": 160}}])")),
+              testing::StartsWith("160 is out of range; expected at least 0 and at most 127"));
+}
+
+TEST(Board, WideRegisterAddressOfFourBytesIsRefused) {
+  EXPECT_THAT(message(board(R"([{"did": 7, "label": "x", "driver": "Dummy",
+                                 "address": {"address": 1, "addrSize": 4}}])")),
+              testing::StartsWith("4 is not known; expected 1, 2"));
+}
+
+TEST(Board, TwoDevicesWithOneDidAreRefused) {
+  EXPECT_THAT(message(board(R"([
+                {"did": 7, "label": "x", "driver": "Dummy", "address": {"address": 1}},
+                {"did": 7, "label": "y", "driver": "Dummy", "address": {"address": 2}}])")),
+              testing::StartsWith("the did 7 belongs to another device already, at f:2:17"));
+}
+
+TEST(Board, TwoDevicesWithOneLabelAreRefused) {
+  EXPECT_THAT(message(board(R"([
+                {"did": 7, "label": "x", "driver": "Dummy", "address": {"address": 1}},
+                {"did": 8, "label": "x", "driver": "Dummy", "address": {"address": 2}}])")),
+              testing::StartsWith("the label \"x\" belongs to another device already"));
+}
+
+TEST(Board, TwoBussesWithOneNumberAreRefused) {
+  EXPECT_EQ(message(R"({"board": "B", "topology": [{"type": "SCD", "ham": "NimboSmbus", "pci": 0,
+              "accelerators": [{"id": 1, "busses": [{"id": 3}, {"id": 3}]}]}]})"),
+            "the id 3 is taken already, at f:2:53");
+}
+
+TEST(Board, TwoAcceleratorsWithOneNumberAreRefused) {
+  EXPECT_THAT(message(R"({"board": "B", "topology": [{"type": "SCD", "ham": "NimboSmbus", "pci": 0,
+                "accelerators": [{"id": 1}, {"id": 1}]}]})"),
+              testing::StartsWith("the id 1 is taken already"));
+}
+
+TEST(Board, EntryOfAnUnknownDeviceIsRefusedAndTheLabelsAreListed) {
+  EXPECT_EQ(message(board(kDevices, R"(, "fans": [{"name": "fan1", "device": "Psoc"}])")),
+            "no device of the topology has the label \"Psoc\"; the labels are CPLD, PSoC");
+}
+
+TEST(Board, NameThatIsTakenIsRefused) {
+  EXPECT_THAT(message(board(kDevices, R"(, "gpios": [
+                {"name": "a", "device": "CPLD", "args": {"register": 1, "bitpos": 0}},
+                {"name": "a", "device": "CPLD", "args": {"register": 1, "bitpos": 1}}])")),
+              testing::StartsWith("the name \"a\" is taken already, at f:5:17"));
+}
+
+TEST(Board, DriverWithoutSuchDevicesIsRefused) {
+  EXPECT_EQ(message(board(kDevices, R"(, "fans": [{"name": "fan1", "device": "CPLD"}])")),
+            "the driver GpioDriver of this device has no fans; it has gpios");
+}
+
+TEST(Board, MissingArgumentIsNamed) {
+  EXPECT_EQ(message(board(kDevices, R"(, "fans": [{"name": "fan1", "device": "PSoC"}])")),
+            "the argument \"fanId\" is missing in \"args\"; the driver HalvorsaPsoc expects a "
+            "number from 1 to 4");
+}
+
+TEST(Board, ArgumentOutOfRangeIsRefused) {
+  for (const char* id : {"0", "5", "257", "\"5\"", "\"1x\"", "\"\"", "1.5", "true"}) {
+    EXPECT_EQ(message(board(kDevices, std::string(R"(, "fans": [{"name": "fan1", "device": "PSoC",
+                "args": {"fanId": )") + id +
+                                          "}}]")),
+              "the argument \"fanId\" must be a number from 1 to 4")
+        << id;
+  }
+}
+
+TEST(Board, ArgumentMayBeANumberOrItsDecimalText) {
+  EXPECT_EQ(message(board(kDevices, R"(, "fans": [
+              {"name": "fan1", "device": "PSoC", "args": {"fanId": "4"}},
+              {"name": "fan2", "device": "PSoC", "args": {"fanId": 1}}])")),
+            "none");
+}
+
+TEST(Board, WordThatTheDriverWouldIgnoreIsRefused) {
+  EXPECT_EQ(message(board(kDevices, R"(, "fans": [{"name": "fan1", "device": "PSoC",
+              "args": {"fanId": 1, "pwmMaster": "True"}}])")),
+            "the argument \"pwmMaster\" must be one of the words true false");
+}
+
+TEST(Board, UnknownArgumentIsRefusedAtItsKey) {
+  EXPECT_EQ(fault(board(kDevices, R"(,
+"fans": [{"name": "fan1", "device": "PSoC", "args": {"fanID": 1}}])")),
+            "f:5:54: unknown argument \"fanID\"; the driver HalvorsaPsoc takes fanId, maxRpm, "
+            "pwmMaster, registerOffset for fans");
+}
+
+TEST(Board, MuxWithoutChipIsRefused) {
+  EXPECT_EQ(message(R"({"board": "B", "topology": [{"type": "I2C", "ham": "NimboSmbus", "id": 1,
+              "muxes": [{"did": 20, "busses": []}]}]})"),
+            "the mux has no chip: no device of its bus has the did 20");
+}
+
+TEST(Board, MuxWhoseChipIsNoMuxIsRefused) {
+  EXPECT_EQ(message(R"({"board": "B", "topology": [{"type": "I2C", "ham": "NimboSmbus", "id": 1,
+              "devices": [{"did": 20, "label": "x", "driver": "Dummy", "address": {"address": 1}}],
+              "muxes": [{"did": 20, "busses": []}]}]})"),
+            "device 20 is no mux: its driver is Dummy, not one of GenericSmbusMux, PCA9548");
+}
+
+TEST(Board, TemperatureSensorNeedsItsThresholds) {
+  EXPECT_THAT(message(board(kDevices, R"(, "temp_sensors": [{"name": "t", "device": "PSoC",
+                "args": {"sensorId": 1, "register": 32}, "alert": 50}])")),
+              testing::StartsWith("the key \"critical\" is missing"));
+}
+
+}  // namespace

@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// nimbo as an operator runs it: the built tool, the built library, the installed board description,
+// simulated registers in a directory of the test's own.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+
+#include "test/tools/Process.hpp"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kPsocFile = "/HalvorsaPsoc-PSoC";
+
+class NimboProcess : public testing::Test {
+ protected:
+  NimboProcess() {
+    std::string name = std::filesystem::temp_directory_path() / "nimbo-XXXXXX";
+    directory_ = ::mkdtemp(name.data());
+  }
+  ~NimboProcess() override { std::filesystem::remove_all(directory_); }
+
+  std::map<std::string, std::string> environment() const {
+    return {{"NIMBOLIB_SIMDIR", directory_},
+            {"NIMBO_BOARD", ""},
+            {"NIMBO_LIBRARY", ""},
+            {"SIMULATION_VMID", ""},
+            {"NIMBO_SMBUS_SOCKET", directory_ + "/no-service"}};
+  }
+
+  static std::vector<std::string> command(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), NIMBO_TOOL);
+    return arguments;
+  }
+
+  TestSupport::Result nimbo(const std::vector<std::string>& arguments) const {
+    return TestSupport::run(command(arguments), environment());
+  }
+
+  // A board file in the test's directory.
+  std::string boardFile(const std::string& text) const {
+    std::ofstream(directory_ + "/board.json") << text;
+    return directory_ + "/board.json";
+  }
+
+  std::string directory_;
+};
+
+rapidjson::Document parsed(const std::string& text) {
+  rapidjson::Document document;
+  document.Parse(text.c_str());
+  EXPECT_FALSE(document.HasParseError()) << text;
+  return document;
+}
+
+// Overwrites part of a simulation file as a test harness does: under a record lock.
+void patch(const std::string& path, off_t offset, const std::string& text) {
+  const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(fd, 0);
+  flock lock{};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  ASSERT_EQ(::fcntl(fd, F_SETLKW, &lock), 0);
+  ASSERT_EQ(::pwrite(fd, text.data(), text.size(), offset), static_cast<ssize_t>(text.size()));
+  ::close(fd);
+}
+
+TEST_F(NimboProcess, ShowPrintsFansAndTemperatures) {
+  const TestSupport::Result result = nimbo({"show"});
+  EXPECT_THAT(result.out, StartsWith("Halvorsa (simulation)\n"));
+  EXPECT_THAT(result.out, HasSubstr("NAME      SPEED  STATUS\n"
+                                    "fan1   8190 rpm  ok\n"
+                                    "fan2   8190 rpm  ok\n"
+                                    "fan3  22271 rpm  ok\n"
+                                    "fan4          -  stalled\n"));
+  EXPECT_THAT(result.out, HasSubstr("switch-asic      40.0 °C  95 °C    105 °C  ok\n"));
+  EXPECT_EQ(result.err, "");
+}
+
+TEST_F(NimboProcess, FailingDeviceIsSaidByTheExitCodeAndTheRestGoesOn) {
+  const TestSupport::Result result = nimbo({"show", "temps"});
+  EXPECT_EQ(result.code, 3);
+  EXPECT_THAT(result.out,
+              HasSubstr("front-right            -  65 °C     75 °C  failed (no access)"));
+  EXPECT_THAT(result.out, HasSubstr("rear-right       38.0 °C  70 °C     80 °C  ok\n"));
+}
+
+TEST_F(NimboProcess, ShowOfOneKindLeavesTheOthersOut) {
+  EXPECT_THAT(nimbo({"show", "fans"}).out, testing::Not(HasSubstr("Temperatures")));
+}
+
+TEST_F(NimboProcess, JsonIsForPrograms) {
+  const TestSupport::Result result = nimbo({"show", "--json", "fans"});
+  EXPECT_EQ(result.code, 3);
+  const rapidjson::Document document = parsed(result.out);
+  ASSERT_EQ(document["fans"].Size(), 4U);
+  EXPECT_EQ(document["fans"][2]["rpm"].GetInt(), 22271);
+  EXPECT_STREQ(document["fans"][3]["status"].GetString(), "FAULT");
+  EXPECT_STREQ(document["fans"][3]["condition"].GetString(), "stalled");
+}
+
+TEST_F(NimboProcess, BoardWithoutFailuresExitsWithZero) {
+  const std::string board = boardFile(R"({"board": "B", "topology": [{"type": "I2C",
+    "ham": "NimboSmbus", "id": 0, "devices": [{"did": 1, "label": "PSoC",
+    "driver": "HalvorsaPsoc", "address": {"address": 78}}]}],
+    "fans": [{"name": "f", "device": "PSoC",
+              "args": {"fanId": 1, "registerOffset": 0, "maxRpm": 9000}}]})");
+  const TestSupport::Result result = nimbo({"show", "--board", board});
+  EXPECT_EQ(result.code, 0);
+  EXPECT_THAT(result.out, HasSubstr("f     8190 rpm  ok\n"));
+}
+
+TEST_F(NimboProcess, BoardMayComeFromTheEnvironment) {
+  auto environment = NimboProcess::environment();
+  environment["NIMBO_BOARD"] = boardFile(R"({"board": "Other", "topology": []})");
+  EXPECT_EQ(TestSupport::run(command({"show"}), environment).out, "Other (simulation)\n");
+}
+
+TEST_F(NimboProcess, SimulationFilesAreNamedAfterTheDevice) {
+  nimbo({"show", "fans"});
+  EXPECT_TRUE(std::filesystem::exists(directory_ + kPsocFile));
+}
+
+TEST_F(NimboProcess, WatchSeesChangesThatOthersMakeUnderALock) {
+  TestSupport::Process watch(command({"watch", "fans", "temps", "--json", "--interval", "0.05"}),
+                             environment());
+  std::string line;
+  ASSERT_TRUE(watch.readLine(line));
+  EXPECT_EQ(parsed(line)["temp_sensors"][0]["celsius"].GetInt(), 40);
+  patch(directory_ + kPsocFile, 0, "63");  // register 0x20, the first of the file
+  do {
+    ASSERT_TRUE(watch.readLine(line));
+  } while (parsed(line)["temp_sensors"][0]["celsius"].GetInt() == 40);
+  EXPECT_EQ(parsed(line)["temp_sensors"][0]["celsius"].GetInt(), 99);
+  EXPECT_STREQ(parsed(line)["temp_sensors"][0]["condition"].GetString(), "alert");
+}
+
+TEST_F(NimboProcess, WatchSeesAFanStallAndRecover) {
+  TestSupport::Process watch(command({"watch", "fans", "--json", "--interval", "0.05"}),
+                             environment());
+  std::string line;
+  ASSERT_TRUE(watch.readLine(line));
+  EXPECT_STREQ(parsed(line)["fans"][0]["condition"].GetString(), "ok");
+  patch(directory_ + kPsocFile, 10, "01");  // the stall register follows five temperatures
+  do {
+    ASSERT_TRUE(watch.readLine(line));
+  } while (parsed(line)["fans"][0]["status"] == "OK");
+  EXPECT_STREQ(parsed(line)["fans"][0]["condition"].GetString(), "stalled");
+  EXPECT_STREQ(parsed(line)["fans"][3]["condition"].GetString(), "failed (no access)");
+  patch(directory_ + kPsocFile, 10, "00");
+  do {
+    ASSERT_TRUE(watch.readLine(line));
+  } while (parsed(line)["fans"][0]["status"] != "OK");
+  EXPECT_EQ(parsed(line)["fans"][0]["rpm"].GetInt(), 8190);
+}
+
+TEST_F(NimboProcess, WatchEndsAfterItsCount) {
+  const TestSupport::Result result =
+      nimbo({"watch", "fans", "--json", "--count", "3", "--interval", "0.01"});
+  EXPECT_EQ(result.code, 3);
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3);
+}
+
+TEST_F(NimboProcess, WatchEndsCleanlyOnCtrlC) {
+  TestSupport::Process watch(command({"watch", "fans", "--json", "--interval", "600"}),
+                             environment());
+  std::string line;
+  ASSERT_TRUE(watch.readLine(line));
+  while (!watch.blocksSignals()) {
+    std::this_thread::yield();
+  }
+  watch.signal(SIGINT);
+  EXPECT_EQ(watch.finish().code, 3);
+}
+
+TEST_F(NimboProcess, FanSetAsksTheMaster) {
+  const TestSupport::Result result = nimbo({"fan", "set", "fan1", "9000"});
+  EXPECT_EQ(result.code, 0) << result.err;
+  EXPECT_EQ(result.out, "fan1: asked for 9000 rpm\n");
+}
+
+TEST_F(NimboProcess, FanSetOfAFollowerNamesTheMaster) {
+  const TestSupport::Result result = nimbo({"fan", "set", "fan2", "9000"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_EQ(result.err,
+            "nimbo: fan2 follows fan1, with which it shares its duty cycle; set fan1 instead\n");
+}
+
+TEST_F(NimboProcess, FanSetBeyondTheHighestSpeedIsRefused) {
+  const TestSupport::Result result = nimbo({"fan", "set", "fan1", "69000"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_EQ(result.err, "nimbo: fan1 turns at 23000 rpm at most\n");
+}
+
+TEST_F(NimboProcess, UnknownNameListsTheKnownOnes) {
+  const TestSupport::Result result = nimbo({"fan", "set", "fan9", "9000"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_EQ(result.err,
+            "nimbo: this board has no \"fan9\" among its fans: fan1, fan2, fan3, fan4\n");
+}
+
+// A board file, and the one line that nimbo has to say about it.
+struct BrokenBoard {
+  const char* name;
+  const char* text;
+  const char* place;
+  const char* message;
+};
+
+void PrintTo(const BrokenBoard& board, std::ostream* stream) { *stream << board.name; }
+
+class NimboBrokenBoard : public NimboProcess, public testing::WithParamInterface<BrokenBoard> {};
+
+TEST_P(NimboBrokenBoard, GetsOneMessageWithItsPlace) {
+  const std::string path = boardFile(GetParam().text);
+  const TestSupport::Result result = nimbo({"--board", path, "show"});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, StartsWith(path + ":" + GetParam().place + ": "));
+  EXPECT_THAT(result.err, HasSubstr(GetParam().message));
+  EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+}
+
+constexpr BrokenBoard kBroken[] = {
+    {"NotJson", "{\"board\": \"B\",\n  \"topology\": [}\n}", "2:16", "Invalid value."},
+    {"MissingKey", "{\"board\": \"B\"}", "1:1", "the key \"topology\" is missing"},
+    {"UnknownDriver",
+     "{\"board\": \"B\", \"topology\": [{\"type\": \"I2C\", \"ham\": \"NimboSmbus\", \"id\": 0,\n"
+     " \"devices\": [{\"did\": 1, \"label\": \"x\", \"driver\": \"NoSuch\",\n"
+     "   \"address\": {\"address\": 1}}]}]}",
+     "2:49", "\"NoSuch\" is not known; expected "},
+    {"UnknownLabel",
+     "{\"board\": \"B\", \"topology\": [],\n \"fans\": [{\"name\": \"f\", \"device\": \"x\"}]}",
+     "2:35", "no device of the topology has the label \"x\""},
+    {"NotAnObject", "[]", "1:1", "expected object, not an array"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Files, NimboBrokenBoard, testing::ValuesIn(kBroken),
+                         [](const auto& board) { return std::string(board.param.name); });
+
+TEST_F(NimboProcess, BoardThatIsNotThereIsNamed) {
+  const TestSupport::Result result = nimbo({"--board", "/nonexistent.json", "show"});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_EQ(result.err, "/nonexistent.json: cannot be read: No such file or directory\n");
+}
+
+TEST_F(NimboProcess, LibraryThatIsNotThereIsNamed) {
+  const TestSupport::Result result = nimbo({"--library", "/nonexistent.so", "show"});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_THAT(result.err, HasSubstr("the driver library cannot be loaded: /nonexistent.so"));
+}
+
+TEST_F(NimboProcess, SimulationDirectoryThatCannotBeMadeIsNamed) {
+  const TestSupport::Result result = nimbo({"--simdir", "/nonexistent/deep", "show"});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_THAT(result.err, HasSubstr("the simulation directory /nonexistent/deep cannot be made"));
+}
+
+TEST_F(NimboProcess, TraceIsPrintedUpToItsLevel) {
+  const TestSupport::Result quiet = nimbo({"--trace", "0", "show", "fans"});
+  EXPECT_THAT(quiet.err, HasSubstr("[0] pl_system_init\n"));
+  EXPECT_THAT(quiet.err, testing::Not(HasSubstr("[2] ")));
+  EXPECT_THAT(nimbo({"--trace", "2", "show", "fans"}).err,
+              HasSubstr("[2] loading topology json\n"));
+}
+
+TEST_F(NimboProcess, WrongCommandLineExitsWithTwo) {
+  EXPECT_EQ(nimbo({}).code, 2);
+  EXPECT_EQ(nimbo({"dance"}).code, 2);
+  EXPECT_EQ(nimbo({"show", "doors"}).code, 2);
+  EXPECT_EQ(nimbo({"--trace", "9", "show"}).code, 2);
+  EXPECT_EQ(nimbo({"fan", "set", "fan1", "-5"}).code, 2);
+}
+
+TEST_F(NimboProcess, VersionAndHelpExitWithZero) {
+  EXPECT_EQ(nimbo({"--version"}).out, "nimbo 0.1.0\n");
+  EXPECT_EQ(nimbo({"--help"}).code, 0);
+  EXPECT_THAT(nimbo({"smbus", "--help"}).out, HasSubstr("mode letters of i2c-tools"));
+}
+
+}  // namespace

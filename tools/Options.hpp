@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the command line says for every command.
+#pragma once
+
+#include <string>
+
+#include "tools/Trace.hpp"
+
+namespace Nimbo {
+
+struct Options {
+  std::string board;                // empty: the installed one
+  std::string library;              // empty: the installed one
+  std::string simulationDirectory;  // empty: the library's own choice
+  int traceLevel = Trace::kNothing;
+  bool live = false;
+  bool json = false;
+};
+
+// What the process ends with.
+enum ExitCode : int {
+  kAllFine = 0,
+  kToolFailed = 1,    // board description, library, service: nothing could be done
+  kUsage = 2,         // the command line
+  kDeviceFailed = 3,  // done, but a device reported a failure
+};
+
+}  // namespace Nimbo

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/Session.hpp"
+
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "pl/pl_system.h"
+#include "tools/Environment.hpp"
+#include "tools/HostServices.hpp"
+#include "tools/SlowNotice.hpp"
+#include "tools/Status.hpp"
+
+namespace Nimbo {
+
+namespace {
+
+constexpr std::chrono::milliseconds kPatience{1500};
+
+std::string refusal(const Device& device) {
+  return fmt::format("the library refused {}: {}", device.entry.name,
+                     device.added.reason.empty() ? "it gave no reason" : device.added.reason);
+}
+
+Library load(const Options& options) {
+  prepareEnvironment(options);
+  return Library(libraryPath(options));
+}
+
+}  // namespace
+
+Session::Session(const Options& options)
+    : options_(options), board_(Board::load(boardPath(options))), library_(load(options)) {
+  trace().printUpTo(options.traceLevel);
+  const std::string topology = board_.topology();
+  const SlowNotice notice(
+      "nimbo: no SMBus service yet; trying for up to 30 seconds (is smbusd running?)", kPatience);
+  const Outcome started = attempt([&] {
+    return library_.function<decltype(pl_system_init)>("pl_system_init")(topology.c_str());
+  });
+  if (!started.ok()) {
+    throw LibraryError(fmt::format(
+        "the driver library did not start ({}): {}{}", statusName(started.status), started.reason,
+        options.live && started.status == PL_STATUS_FAILED
+            ? "; start smbusd, or leave out --live for the simulated board"
+            : ""));
+  }
+}
+
+Entry Session::entry(const std::string& kind, const std::string& name) const {
+  std::string names;
+  for (const Entry& entry : board_.entries(kind)) {
+    if (entry.name == name) {
+      return entry;
+    }
+    names += (names.empty() ? "" : ", ") + entry.name;
+  }
+  throw UsageError(
+      names.empty() ? fmt::format("this board has no {}", kind)
+                    : fmt::format("this board has no \"{}\" among its {}: {}", name, kind, names));
+}
+
+std::vector<Device> Session::add(std::span<const Kind* const> kinds) const {
+  std::vector<Device> devices;
+  for (const Kind* kind : kinds) {
+    for (const Entry& entry : board_.entries(kind->key)) {
+      devices.push_back(addDevice(library_, board_, *kind, entry));
+      if (devices.back().record == nullptr) {
+        std::fprintf(stderr, "%s: %s\n", board_.place(entry).text().c_str(),
+                     refusal(devices.back()).c_str());
+      }
+    }
+  }
+  return devices;
+}
+
+Device Session::add(const Kind& kind, const std::string& name) const {
+  Device device = addDevice(library_, board_, kind, entry(kind.key, name));
+  if (device.record == nullptr) {
+    throw Config::FileError(board_.place(device.entry), refusal(device));
+  }
+  return device;
+}
+
+Report Session::report(std::span<const Kind* const> kinds, std::span<const Device> devices) const {
+  Report report{board_.name(), options_.live, "", {}};
+  for (const Kind* kind : kinds) {
+    Group group{kind, {}};
+    for (const Device& device : devices) {
+      if (device.kind == kind) {
+        group.observations.push_back(observe(device));
+      }
+    }
+    report.groups.push_back(std::move(group));
+  }
+  return report;
+}
+
+void Session::mentionWarnings() const {
+  // Simulated chips hold some of their registers only; each of the others is a warning.
+  if (options_.live && options_.traceLevel < 0 && trace().warnings() > 0) {
+    std::fprintf(stderr, "nimbo: the library gave %zu warnings; --trace 0 prints them\n",
+                 trace().warnings());
+  }
+}
+
+}  // namespace Nimbo

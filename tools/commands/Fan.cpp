@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "pl/pl_fan.h"
+#include "tools/HostServices.hpp"
+#include "tools/Session.hpp"
+#include "tools/commands/Act.hpp"
+#include "tools/commands/Commands.hpp"
+#include "tools/kinds/Kinds.hpp"
+
+namespace Nimbo {
+
+namespace {
+
+constexpr const char* kSetHelp = "Ask a fan for a speed";
+constexpr const char* kSetDetails =
+    "Fans that share one duty cycle follow the one that is their PWM master; set that one.";
+
+struct Arguments {
+  std::string name;
+  int rpm = 0;
+};
+
+std::string argument(const Entry& entry, const char* key) {
+  const auto arguments = entry.node->FindMember("args");
+  if (arguments == entry.node->MemberEnd() || !arguments->value.HasMember(key)) {
+    return "";
+  }
+  const auto& value = arguments->value[key];
+  return value.IsString() ? value.GetString()
+         : value.IsInt()  ? std::to_string(value.GetInt())
+         : value.IsTrue() ? "true"
+                          : "";
+}
+
+bool isMaster(const Entry& entry) { return argument(entry, "pwmMaster") == "true"; }
+
+// A fan that follows another takes no speed and says nothing about it: the operator shall know.
+void requireMaster(const Session& session, const Entry& fan) {
+  if (isMaster(fan)) {
+    return;
+  }
+  for (const Entry& other : session.board().entries(kFans.key)) {
+    if (other.device == fan.device && isMaster(other)) {
+      throw UsageError(
+          fmt::format("{} follows {}, with which it shares its duty cycle; set {} instead",
+                      fan.name, other.name, other.name));
+    }
+  }
+}
+
+// The duty cycle of a speed above the highest would not be the highest one.
+void requireWithinRange(const Entry& fan, int rpm) {
+  const std::string highest = argument(fan, "maxRpm");
+  if (!highest.empty() && rpm > std::atoi(highest.c_str())) {
+    throw UsageError(fmt::format("{} turns at {} rpm at most", fan.name, highest));
+  }
+}
+
+ExitCode setSpeed(const Options& options, const Arguments& arguments) {
+  const Session session(options);
+  const Entry entry = session.entry(kFans.key, arguments.name);
+  requireMaster(session, entry);
+  requireWithinRange(entry, arguments.rpm);
+  const Device fan = session.add(kFans, arguments.name);
+  if (!options.live) {
+    // A simulated register is written at the place of the one that was read last; the poll's is one
+    // that takes no speed.
+    eventLoop().runUntilArmedTimersFired();
+  }
+  const ExitCode code = act(arguments.name, [&] {
+    return call(static_cast<pl_fan*>(fan.record), &pl_fan_ops::set_rpm, arguments.rpm);
+  });
+  if (code == kAllFine) {
+    std::printf("%s: asked for %d rpm\n", arguments.name.c_str(), arguments.rpm);
+  }
+  return code;
+}
+
+}  // namespace
+
+void addFanCommand(CLI::App& app, const Options& options, Run& run) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App* command = app.add_subcommand("fan", "Control a fan");
+  command->require_subcommand(1);
+  CLI::App* set = command->add_subcommand("set", kSetHelp)->footer(kSetDetails);
+  set->add_option("NAME", arguments->name, "The fan's name, as shown by nimbo show")->required();
+  set->add_option("RPM", arguments->rpm, "Revolutions per minute")
+      ->required()
+      ->check(CLI::NonNegativeNumber);
+  set->callback([&options, &run, arguments] {
+    run = [&options, arguments] { return setSpeed(options, *arguments); };
+  });
+}
+
+}  // namespace Nimbo

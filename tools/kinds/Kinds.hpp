@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The rows of kinds(), one source each, and kSmbus, which has nothing to be shown.
+#pragma once
+
+#include "tools/Kind.hpp"
+
+namespace Nimbo {
+
+extern const Kind kFans;
+extern const Kind kGpios;
+extern const Kind kSmbus;
+extern const Kind kTempSensors;
+
+}  // namespace Nimbo

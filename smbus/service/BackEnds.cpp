@@ -10,20 +10,7 @@
 #include "smbus/service/linux/LinuxBus.hpp"
 
 namespace SmbusService {
-
 namespace {
-
-// The virtual board runs on the service's time.
-class BoardClock : public Board::Clock {
- public:
-  explicit BoardClock(SmbusService::Clock& clock) : clock_(clock), start_(clock.now()) {}
-  Board::Time now() override { return clock_.now() - start_; }
-  void wait(Board::Time duration) override { clock_.sleep(duration); }
-
- private:
-  SmbusService::Clock& clock_;
-  const TimePoint start_;
-};
 
 uint32_t adapterNumber(const LinuxBackEnd& backEnd) {
   const auto* number = std::get_if<uint32_t>(&backEnd.adapter);
@@ -35,9 +22,9 @@ uint32_t adapterNumber(const LinuxBackEnd& backEnd) {
 }  // namespace
 
 BackEnds::BackEnds(const Config::JsonFile& file, const Configuration& configuration, Clock& clock)
-    : file_(file), configuration_(configuration), boardClock_(std::make_unique<BoardClock>(clock)) {
+    : file_(file), configuration_(configuration) {
   if (!configuration.virtualBoard.empty()) {
-    board_ = Board::VirtualBoard::load(configuration.virtualBoard, *boardClock_);
+    board_ = Board::VirtualBoard::load(configuration.virtualBoard, clock);
   }
   for (const BusEntry& entry : configuration.buses) {
     if (const auto* backEnd = std::get_if<VirtualBackEnd>(&entry.backEnd)) {

@@ -31,7 +31,6 @@ class BackEnds {
 
   const Config::JsonFile& file_;
   const Configuration& configuration_;
-  std::unique_ptr<Board::Clock> boardClock_;
   std::shared_ptr<Board::VirtualBoard> board_;  // null: none
 };
 

@@ -3,20 +3,14 @@
 
 #include "Components/Adder.hpp"
 #include "Components/HardwareDevice.hpp"
+#include "Drivers/Args.hpp"
 #include "Nimbo.hpp"
-#include "Utils/Check.hpp"
 
 namespace Component::LogicalDevice {
 
 namespace {
 
 Gpio* object(pl_gpio* gpio) { return static_cast<Gpio*>(gpio->object); }
-
-uint32_t requiredNumber(const Drivers::DriverArgs& args, const char* key) {
-  const auto it = args.driverArgs.find(key);
-  CHECK(it != args.driverArgs.end());
-  return static_cast<uint32_t>(std::stoi(it->second));
-}
 
 // The register has 8 bits; a line beyond them is never set and reads as 0.
 uint8_t maskOf(uint32_t bitpos) { return bitpos < 8 ? static_cast<uint8_t>(1u << bitpos) : 0; }
@@ -47,8 +41,8 @@ pl_status Gpio::bitReadCallback(pl_gpio* gpio, unsigned int* level) {
 
 RegGpio::RegGpio(HardwareDevice* owner, const Drivers::DriverArgs& args)
     : device(owner),
-      reg(requiredNumber(args, "register")),
-      bitpos(requiredNumber(args, "bitpos")) {}
+      reg(static_cast<uint32_t>(Drivers::requiredNumber(args.driverArgs, "register"))),
+      bitpos(static_cast<uint32_t>(Drivers::requiredNumber(args.driverArgs, "bitpos"))) {}
 
 pl_status RegGpio::base(uint8_t blind, uint8_t* value) {
   *value = blind;

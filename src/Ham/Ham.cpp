@@ -53,7 +53,7 @@ Ham* Ham::create(const std::string& type, const Topology::Topology& topology,
 Ham* createHam(const Drivers::DriverArgs& args) {
   const Topology::Topology* topology = Topology::_topology;
   if (topology == nullptr) {
-    Utils::checkFailed("topology", __FILE__, kNoTopologyLine, __PRETTY_FUNCTION__);
+    Utils::checkFailed("topology", {__FILE__, kNoTopologyLine, __PRETTY_FUNCTION__});
   }
   TRACE(0, "looking for component %u of device %u in topology", args.uid, args.did);
   SearchVisitor search(args.uid, args.did);

@@ -7,8 +7,8 @@ namespace Utils {
 
 // The C library's own reporter: it knows the program's name, and debuggers and crash collectors
 // know its message.
-void checkFailed(const char* text, const char* file, unsigned line, const char* function) {
-  __assert_fail(text, file, line, function);
+void checkFailed(const char* text, const Place& place) {
+  __assert_fail(text, place.file, place.line, place.function);
 }
 
 }  // namespace Utils

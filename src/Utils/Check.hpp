@@ -11,15 +11,26 @@
 
 namespace Utils {
 
+// A place in the source: by default that of the function call in whose arguments it stands.
+struct Place {
+  const char* file;
+  unsigned line;
+  const char* function;
+
+  static constexpr Place here(const char* file = __builtin_FILE(), unsigned line = __builtin_LINE(),
+                              const char* function = __builtin_FUNCTION()) {
+    return {file, line, function};
+  }
+};
+
 // Prints the line above and aborts.
-[[noreturn]] void checkFailed(const char* text, const char* file, unsigned line,
-                              const char* function);
+[[noreturn]] void checkFailed(const char* text, const Place& place);
 
 }  // namespace Utils
 
 #define CHECK_TEXT(condition, text) \
   ((condition)                      \
        ? static_cast<void>(0)       \
-       : ::Utils::checkFailed(text, __FILE__, __LINE__, __extension__ __PRETTY_FUNCTION__))
+       : ::Utils::checkFailed(text, {__FILE__, __LINE__, __extension__ __PRETTY_FUNCTION__}))
 
 #define CHECK(condition) CHECK_TEXT(condition, #condition)

@@ -5,4 +5,6 @@ namespace SmbusService::Board {
 
 bool Chip::connect(std::string_view /*pin*/, Net& /*net*/, bool /*inverted*/) { return false; }
 
+std::vector<Quantity> Chip::quantities() { return {}; }
+
 }  // namespace SmbusService::Board

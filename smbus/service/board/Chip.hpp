@@ -5,14 +5,27 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
-#include "smbus/service/board/Clock.hpp"
+#include "smbus/service/board/BoardClock.hpp"
 
 namespace SmbusService::Board {
 
 class Net;
+
+// A physical value at a chip.
+struct Quantity {
+  std::string name;
+  std::string unit;  // empty for a plain number, and for one that is 0 or 1
+  double least;
+  double most;
+  std::function<double()> get;
+  std::function<void(double)> set;  // none: it cannot be set
+};
 
 // Called by one thread at a time: the bus's lock is held for a whole transfer. A chip hears only
 // transfers to its own address. Between two STOPs a chip sees
@@ -42,6 +55,14 @@ class Chip {
   // on, an output drives it. `inverted`: the pin is high where the net is low. False: the chip has
   // no such pin.
   [[nodiscard]] virtual bool connect(std::string_view pin, Net& net, bool inverted);
+
+  // A net has changed, perhaps one of the chip's: brings what depends on its inputs, its outputs
+  // above all, up to date. Called without a transfer under way.
+  virtual void settle() {}
+
+  // What around the chip can be looked at and changed while the board runs: temperatures, loads,
+  // faults. The functions live as long as the chip.
+  [[nodiscard]] virtual std::vector<Quantity> quantities();
 
   // How long the chip has held SCL low since the last call.
   [[nodiscard]] Time takeHold() { return std::exchange(hold_, Time::zero()); }

@@ -5,6 +5,8 @@
 #include <array>
 
 #include "smbus/service/board/chips/Pca954x.hpp"
+#include "smbus/service/board/chips/Pca9555.hpp"
+#include "smbus/service/board/chips/Pca9698.hpp"
 #include "smbus/service/board/chips/Psoc.hpp"
 #include "smbus/service/board/chips/RegisterChip.hpp"
 
@@ -12,9 +14,9 @@ namespace SmbusService::Board {
 namespace {
 
 constexpr std::array kModels = {
-    ChipModel{"pca9548", makePca9548},
-    ChipModel{"psoc", makePsoc},
-    ChipModel{"register", makeRegisterChip},
+    ChipModel{"pca9546", makePca9546}, ChipModel{"pca9548", makePca9548},
+    ChipModel{"pca9555", makePca9555}, ChipModel{"pca9698", makePca9698},
+    ChipModel{"psoc", makePsoc},       ChipModel{"register", makeRegisterChip},
 };
 
 }  // namespace

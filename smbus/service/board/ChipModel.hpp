@@ -14,9 +14,9 @@ namespace SmbusService::Board {
 
 // What a chip is told of its place beside its own settings.
 struct ChipContext {
-  Clock& clock;     // outlives the chip
-  uint64_t seed;    // its own, out of the board's seed and its label
-  uint8_t address;  // 7 bits
+  BoardClock& clock;  // outlives the chip
+  uint64_t seed;      // its own, out of the board's seed and its label
+  uint8_t address;    // 7 bits
 };
 
 // Reads the model's keys out of the chip's settings; the caller reads the others and finishes.

@@ -11,7 +11,10 @@ namespace SmbusService::Board {
 // Any thread may drive and read it, so that it can join chips of different buses without a lock.
 class Net {
  public:
-  explicit Net(bool level = true) : state_(level ? 1 : 0) {}
+  // `idle` is the level that the net has while nobody drives it. Every change is counted in
+  // `changesOfAll`, which outlives the net.
+  Net(bool idle, std::atomic<uint32_t>& changesOfAll)
+      : idle_(idle), changesOfAll_(changesOfAll), state_(idle ? 1 : 0) {}
 
   [[nodiscard]] bool level() const { return (state_.load(std::memory_order_acquire) & 1) != 0; }
 
@@ -21,12 +24,18 @@ class Net {
 
   void drive(bool level) {
     uint32_t state = state_.load(std::memory_order_relaxed);
-    while (((state & 1) != 0) != level &&
-           !state_.compare_exchange_weak(state, (state ^ 1) + 2, std::memory_order_acq_rel)) {
+    while (((state & 1) != 0) != level) {
+      if (!state_.compare_exchange_weak(state, (state ^ 1) + 2, std::memory_order_acq_rel))
+        continue;
+      changesOfAll_.fetch_add(1, std::memory_order_release);
+      return;
     }
   }
+  void release() { drive(idle_); }
 
  private:
+  const bool idle_;
+  std::atomic<uint32_t>& changesOfAll_;
   std::atomic<uint32_t> state_;  // bit 0: the level; above: the number of changes
 };
 
@@ -42,6 +51,9 @@ class Pin {
   [[nodiscard]] uint32_t changes() const { return net_ == nullptr ? 0 : net_->changes(); }
   void drive(bool level) {
     if (net_ != nullptr) net_->drive(level != inverted_);
+  }
+  void release() {
+    if (net_ != nullptr) net_->release();
   }
 
  private:

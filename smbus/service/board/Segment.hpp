@@ -38,12 +38,12 @@ class Segment {
 
   // Appends every seat with this address that the segment's lines reach now: its own, and those
   // behind the open channels of its muxes.
-  void find(uint8_t address, std::vector<Seat*>& found) const;
+  void find(uint8_t address, std::vector<Seat*>& found);
 
  private:
   std::vector<std::unique_ptr<Seat>> seats_;
   std::array<Seat*, 128> byAddress_{};
-  std::vector<const Mux*> muxes_;
+  std::vector<Mux*> muxes_;
 };
 
 // A chip that joins segments to the one it sits on.
@@ -57,9 +57,9 @@ class Mux : public Chip {
   [[nodiscard]] Segment& channel(unsigned number) { return segments_.at(number); }
 
   // The channels that are joined now, a bit each.
-  [[nodiscard]] virtual uint8_t open() const = 0;
+  [[nodiscard]] virtual uint8_t open() = 0;
 
-  void find(uint8_t address, std::vector<Seat*>& found) const;
+  void find(uint8_t address, std::vector<Seat*>& found);
 
  private:
   unsigned channels_;

@@ -64,6 +64,7 @@ int VirtualBus::perform(const Operation& operation, std::string& answer) {
     count_.bits += wire_.bits();
     wait = duration();
   }
+  wiring_.settle();
   // Without the lock, so that a hung chip can be freed meanwhile.
   if (wait > Time::zero()) clock_.wait(wait);
   if (error != 0) answer.clear();

@@ -9,8 +9,9 @@
 #include <string>
 
 #include "smbus/service/Bus.hpp"
-#include "smbus/service/board/Clock.hpp"
+#include "smbus/service/board/BoardClock.hpp"
 #include "smbus/service/board/Wire.hpp"
+#include "smbus/service/board/Wiring.hpp"
 
 namespace SmbusService::Board {
 
@@ -29,8 +30,9 @@ struct BusCount {
 // perform() is for one thread at a time; the others may be called beside it.
 class VirtualBus : public Bus {
  public:
-  VirtualBus(std::string name, const BusSettings& settings, Clock& clock)
-      : name_(std::move(name)), settings_(settings), clock_(clock) {}
+  // Clock and wiring outlive the bus.
+  VirtualBus(std::string name, const BusSettings& settings, BoardClock& clock, Wiring& wiring)
+      : name_(std::move(name)), settings_(settings), clock_(clock), wiring_(wiring) {}
 
   [[nodiscard]] const std::string& name() const { return name_; }
 
@@ -55,7 +57,8 @@ class VirtualBus : public Bus {
 
   std::string name_;
   BusSettings settings_;
-  Clock& clock_;
+  BoardClock& clock_;
+  Wiring& wiring_;
 
   mutable std::mutex chipsInUse_;
   Segment segment_;

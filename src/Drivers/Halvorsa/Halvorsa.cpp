@@ -2,9 +2,18 @@
 //
 // What this board's build of the library knows by name: its drivers and its access methods.
 #include "Drivers/Dummy.hpp"
+#include "Drivers/GenericPCA9555.hpp"
+#include "Drivers/GenericSmbusMux.hpp"
+#include "Drivers/Halvorsa/HalvPsuPCA9555.hpp"
+#include "Drivers/Halvorsa/HalvorsaPCA9555.hpp"
 #include "Drivers/Halvorsa/HalvorsaPsoc.hpp"
+#include "Drivers/Halvorsa/LedCPLD.hpp"
+#include "Drivers/Halvorsa/XcvrCPLD.hpp"
+#include "Drivers/Halvorsa/XcvrExpander.hpp"
 #include "Drivers/Registry.hpp"
+#include "Drivers/SmbusProxyDriver.hpp"
 #include "Ham/Ham.hpp"
+#include "Ham/NimboSmbusHam.hpp"
 #include "Ham/SimHam.hpp"
 
 namespace Drivers {
@@ -12,7 +21,19 @@ namespace Drivers {
 std::map<std::string, DriverFactory> drivers = {
     {"Dummy", Dummy::create},
     {"GpioDriver", Dummy::create},  // a device whose only use is its GPIO lines
+    {"SmbusProxyDriver", SmbusProxyDriver::create},
+    {"GenericSmbusMux", GenericSmbusMux::create},
+    {"PCA9548", GenericSmbusMux::create},
+    {"HalvQCPLD", HalvorsaQCPLD::create},
+    {"GenericPCA9555", GenericPCA9555::create},
+    {"HalvorsaPCA9555", HalvorsaPCA9555::create},
     {"HalvorsaPsoc", HalvorsaPsoc::create},
+    {"HalvPsuPCA9555", HalvPsuPCA9555::create},
+    {"HalvorsaSFP", HalvorsaSFP::create},
+    {"HalvSPCA9555", HalvSQSFP::create},  // the expander's name, the class of its ports
+    {"HalvCLedCPLD", HalvCLedCPLD::create},
+    {"HalvYQSFP", HalvYQSFP::create},
+    {"HalvYCPLD", HalvorsaYCPLD::create},
 };
 
 }  // namespace Drivers
@@ -20,6 +41,7 @@ std::map<std::string, DriverFactory> drivers = {
 namespace Ham {
 
 std::map<std::string, HamFactory> hams = {
+    {"NimboSmbus", NimboSmbusHam::create},
     {"SimHam", SimHam::create},
 };
 

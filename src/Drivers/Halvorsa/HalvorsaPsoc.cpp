@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Drivers/Args.hpp"
 #include "Utils/Bytes.hpp"
 #include "Utils/Check.hpp"
 
@@ -40,12 +41,6 @@ constexpr uint32_t kPollInterval = 1000;  // ms
 constexpr uint8_t kLastFan = 3;
 constexpr uint8_t kMaxPercent = 99;
 constexpr uint16_t kDutyPerPercent = 100;
-
-const std::string& required(const DriverArgs& args, const char* key) {
-  const auto it = args.driverArgs.find(key);
-  CHECK(it != args.driverArgs.end());
-  return it->second;
-}
 
 }  // namespace
 
@@ -122,22 +117,22 @@ pl_status HalvorsaPsoc::getTemperature(const TempSensor& sensor, float* celsius)
 }
 
 Component::LogicalDevice::Fan* HalvorsaPsoc::newFan(const DriverArgs& args) {
-  const auto fanId = static_cast<uint8_t>(std::stoi(required(args, "fanId")));
+  const auto fanId = requiredByte(args.driverArgs, "fanId");
   TRACE(0, "Creating new HalvorsaPsoc Fan id %hhu", fanId);
   const auto index = static_cast<uint8_t>(fanId - 1);
   CHECK_TEXT(index <= kLastFan, "fanId >= 1 && fanId <= 4");
-  const int32_t maxRpm = std::stoi(required(args, "maxRpm"));
+  const int32_t maxRpm = requiredNumber(args.driverArgs, "maxRpm");
   return new Fan(this, index, maxRpm, args.driverArgs);
 }
 
 Component::LogicalDevice::TempSensor* HalvorsaPsoc::newTempSensor(const DriverArgs& args) {
   TRACE(0, "Creating HalvorsaPsoc TempSensor Device");
-  const auto idIt = args.driverArgs.find("sensorId");
-  CHECK(idIt != args.driverArgs.end());
-  const auto regIt = args.driverArgs.find("register");
-  CHECK(regIt != args.driverArgs.end());
-  const auto id = static_cast<uint8_t>(std::stoi(idIt->second));
-  const auto reg = static_cast<uint8_t>(std::stoi(regIt->second));
+  const std::string& idText =
+      requiredArg(args.driverArgs, "sensorId", "idIt != args.driverArgs.end()");
+  const std::string& regText =
+      requiredArg(args.driverArgs, "register", "regIt != args.driverArgs.end()");
+  const auto id = static_cast<uint8_t>(std::stoi(idText));
+  const auto reg = static_cast<uint8_t>(std::stoi(regText));
   TRACE(5, "TempSensor id=%d, register=%d", id, reg);
   return new TempSensor(this, id, reg);
 }

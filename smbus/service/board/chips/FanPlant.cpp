@@ -16,34 +16,37 @@ constexpr double kFanSeconds = 2;      // time constant of a fan
 constexpr double kSensorSeconds = 30;  // time constant of a heat sink
 constexpr int64_t kForgotten = 6000;   // steps after which the state before no longer shows
 
-constexpr double kStillAir = 0.2;    // cooling without a fan, against that of full air
-constexpr double kTurning = 0.05;    // part of full speed below which a fan counts as still
+constexpr double kStillAir = 0.2;  // cooling without a fan, against that of full air
+constexpr double kTurning = 0.05;  // part of full speed below which a fan counts as still
+constexpr double kColdest = -40;   // of the air
+constexpr double kHottest = 125;
 constexpr uint32_t kMaxRpm = 65535;  // what a 16-bit speed register holds
 
 }  // namespace
 
-FanPlant::FanPlant(Settings& settings, uint64_t seed)
+FanPlant::FanPlant(Settings& settings, uint64_t seed, BoardClock& clock)
     : seed_(seed),
-      ambient_(settings.real("ambient", -40, 125, 25)),
+      clock_(clock),
+      ambient_(settings.real("ambient", kColdest, kHottest, 25)),
       load_(settings.real("load", 0, 1, 0.5)),
       noise_(settings.real("noise", 0, 1, 0.002)) {
   settings.forEach("fans", [this](const Item& item) {
     Settings fan(item);
-    fans_.push_back(
-        {double(fan.number("maxRpm", 1, kMaxRpm)), fan.flag("stalled", false), double{0}});
+    const double maxRpm = fan.number("maxRpm", 1, kMaxRpm);
+    fans_.push_back({.maxRpm = maxRpm, .stalled = fan.flag("stalled", false)});
     fan.finish();
   });
   if (fans_.size() > kMaxFans) settings.fail("fans", fmt::format("at most {} fans", kMaxFans));
   settings.forEach("rises", [this](const Item& item) {
     if (!item.value.IsNumber()) item.fail("write the sensor's rise in degrees");
-    sensors_.push_back({item.value.GetDouble(), double{0}});
+    sensors_.push_back({.rise = item.value.GetDouble()});
   });
   if (sensors_.size() > kMaxSensors) {
     settings.fail("rises", fmt::format("at most {} sensors", kMaxSensors));
   }
 }
 
-double FanPlant::targetRpm(const Fan& fan) const { return fan.stalled ? 0 : fan.maxRpm * duty_; }
+double FanPlant::targetRpm(const Fan& fan) const { return fan.stalled ? 0 : fan.maxRpm * fan.duty; }
 
 double FanPlant::targetCelsius(const Sensor& sensor) const {
   double air = 0;  // of full air
@@ -51,8 +54,12 @@ double FanPlant::targetCelsius(const Sensor& sensor) const {
   return ambient_ + sensor.rise * load_ / (kStillAir + (1 - kStillAir) * air);
 }
 
+void FanPlant::setDuty(double duty) {
+  for (Fan& fan : fans_) fan.duty = duty;
+}
+
 void FanPlant::settle(double duty) {
-  duty_ = duty;
+  setDuty(duty);
   for (Fan& fan : fans_) fan.rpm = targetRpm(fan);
   for (Sensor& sensor : sensors_) sensor.celsius = targetCelsius(sensor);
 }
@@ -64,8 +71,8 @@ void FanPlant::step() {
   }
 }
 
-void FanPlant::advance(Time now) {
-  const int64_t until = now / kStep;
+void FanPlant::catchUp() {
+  const int64_t until = clock_.now() / kStep;
   for (int64_t left = std::min(until - steps_, kForgotten); left > 0; --left) step();
   steps_ = std::max(steps_, until);
 }
@@ -77,7 +84,61 @@ double FanPlant::rpm(size_t fan) const {
 }
 
 bool FanPlant::stalled(size_t fan) const {
-  return duty_ > 0 && fans_[fan].rpm < fans_[fan].maxRpm * kTurning;
+  return fans_[fan].duty > 0 && fans_[fan].rpm < fans_[fan].maxRpm * kTurning;
+}
+
+Quantity FanPlant::quantity(std::string name, std::string unit, double& value, double least,
+                            double most) {
+  return {.name = std::move(name),
+          .unit = std::move(unit),
+          .least = least,
+          .most = most,
+          .get = [&value] { return value; },
+          .set =
+              [this, &value](double to) {
+                catchUp();
+                value = to;
+              }};
+}
+
+Quantity FanPlant::stall(size_t fan) {
+  return {.name = fmt::format("fan{}.stalled", fan + 1),
+          .unit = "",
+          .least = 0,
+          .most = 1,
+          .get = [this, fan] { return fans_[fan].stalled ? 1.0 : 0.0; },
+          .set =
+              [this, fan](double to) {
+                catchUp();
+                fans_[fan].stalled = to != 0;
+              }};
+}
+
+Quantity FanPlant::reading(std::string name, std::string unit, std::function<double()> get) {
+  return {.name = std::move(name),
+          .unit = std::move(unit),
+          .least = 0,
+          .most = 0,
+          .get =
+              [this, get = std::move(get)] {
+                catchUp();
+                return get();
+              },
+          .set = {}};
+}
+
+std::vector<Quantity> FanPlant::quantities() {
+  std::vector<Quantity> all = {quantity("ambient", "C", ambient_, kColdest, kHottest),
+                               quantity("load", "", load_, 0, 1)};
+  for (size_t i = 0; i < fans(); ++i) {
+    all.push_back(stall(i));
+    all.push_back(reading(fmt::format("fan{}.rpm", i + 1), "RPM", [this, i] { return rpm(i); }));
+  }
+  for (size_t i = 0; i < sensors(); ++i) {
+    all.push_back(
+        reading(fmt::format("temperature{}", i + 1), "C", [this, i] { return celsius(i); }));
+  }
+  return all;
 }
 
 }  // namespace SmbusService::Board

@@ -16,7 +16,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "smbus/service/board/Clock.hpp"
+#include "smbus/service/board/BoardClock.hpp"
+#include "smbus/service/board/Chip.hpp"
 #include "smbus/service/board/Settings.hpp"
 
 namespace SmbusService::Board {
@@ -26,49 +27,60 @@ class FanPlant {
   static constexpr size_t kMaxFans = 4;
   static constexpr size_t kMaxSensors = 6;
 
-  FanPlant(Settings& settings, uint64_t seed);
+  // The clock outlives the plant.
+  FanPlant(Settings& settings, uint64_t seed, BoardClock& clock);
 
-  // Everything is at rest at `duty` (0 to 1), as after a long time with it.
+  // Everything is at rest at this duty (0 to 1), as after a long time with it.
   void settle(double duty);
 
-  // Lets time pass up to `now`, with the duty as it has been.
-  void advance(Time now);
+  // Lets the time pass that has passed, with everything as it has been. Whoever changes something
+  // calls it first, and whoever looks.
+  void catchUp();
 
-  void setDuty(double duty) { duty_ = duty; }
-  void setAmbient(double celsius) { ambient_ = celsius; }
+  void setDuty(double duty);
+  void setDuty(size_t fan, double duty) { fans_.at(fan).duty = duty; }
   void setLoad(double load) { load_ = load; }
-  void setStalled(size_t fan, bool stalled) { fans_.at(fan).stalled = stalled; }
 
   [[nodiscard]] size_t fans() const { return fans_.size(); }
   [[nodiscard]] size_t sensors() const { return sensors_.size(); }
   [[nodiscard]] double rpm(size_t fan) const;
+  [[nodiscard]] double maxRpm(size_t fan) const { return fans_[fan].maxRpm; }
   [[nodiscard]] double celsius(size_t sensor) const { return sensors_[sensor].celsius; }
 
   // Driven, but (nearly) not turning.
   [[nodiscard]] bool stalled(size_t fan) const;
 
+  // "ambient" and "load"; for each fan from 1 on "fan1.stalled", to be set, and "fan1.rpm"; for
+  // each sensor "temperature1". They live as long as the plant stays where it is.
+  [[nodiscard]] std::vector<Quantity> quantities();
+
  private:
   struct Fan {
     double maxRpm;
     bool stalled;
-    double rpm;
+    double duty = 0;  // 0 to 1
+    double rpm = 0;
   };
   struct Sensor {
     double rise;
-    double celsius;
+    double celsius = 0;
   };
 
   [[nodiscard]] double targetRpm(const Fan& fan) const;
   [[nodiscard]] double targetCelsius(const Sensor& sensor) const;
   void step();
+  [[nodiscard]] Quantity quantity(std::string name, std::string unit, double& value, double least,
+                                  double most);
+  [[nodiscard]] Quantity stall(size_t fan);
+  [[nodiscard]] Quantity reading(std::string name, std::string unit, std::function<double()> get);
 
   uint64_t seed_;
+  BoardClock& clock_;
   std::vector<Fan> fans_;
   std::vector<Sensor> sensors_;
   double ambient_;
   double load_;
   double noise_;
-  double duty_ = 0;
   int64_t steps_ = 0;
 };
 

@@ -2,6 +2,7 @@
 #include "smbus/service/board/chips/Psoc.hpp"
 
 #include <algorithm>
+#include <limits>
 
 namespace SmbusService::Board {
 namespace {
@@ -31,7 +32,7 @@ T rounded(double value) {
 
 }  // namespace
 
-Psoc::Psoc(FanPlant plant, uint16_t duty, Clock& clock) : plant_(std::move(plant)), clock_(clock) {
+Psoc::Psoc(FanPlant plant, uint16_t duty) : plant_(std::move(plant)) {
   put16(kDuty, duty);
   plant_.settle(partOf(duty));
 }
@@ -54,7 +55,7 @@ void Psoc::showPlant() {
 }
 
 void Psoc::begin() {
-  plant_.advance(clock_.now());
+  plant_.catchUp();
   showPlant();
 }
 
@@ -72,9 +73,9 @@ bool Psoc::store(uint8_t byte) {
 }
 
 std::unique_ptr<Chip> makePsoc(Settings& settings, const ChipContext& context) {
-  FanPlant plant(settings, context.seed);
+  FanPlant plant(settings, context.seed, context.clock);
   const auto duty = static_cast<uint16_t>(settings.number("duty", 0, kFullDuty, 4000));
-  return std::make_unique<Psoc>(std::move(plant), duty, context.clock);
+  return std::make_unique<Psoc>(std::move(plant), duty);
 }
 
 }  // namespace SmbusService::Board

@@ -16,7 +16,8 @@
 //
 // All others read 0 and ignore writes. Before anybody writes it the duty is 40 %.
 //
-// Settings: those of FanPlant, and "duty", the duty at first in 1/100 % (4000).
+// Settings: those of FanPlant, and "duty", the duty at first in 1/100 % (4000). Quantities: those
+// of FanPlant.
 #pragma once
 
 #include <array>
@@ -30,9 +31,9 @@ namespace SmbusService::Board {
 
 class Psoc : public PointerChip {
  public:
-  Psoc(FanPlant plant, uint16_t duty, Clock& clock);
+  Psoc(FanPlant plant, uint16_t duty);
 
-  [[nodiscard]] FanPlant& plant() { return plant_; }
+  [[nodiscard]] std::vector<Quantity> quantities() override { return plant_.quantities(); }
 
  protected:
   void begin() override;
@@ -45,7 +46,6 @@ class Psoc : public PointerChip {
   void showPlant();
 
   FanPlant plant_;
-  Clock& clock_;
   std::array<uint8_t, 256> registers_{};
   uint8_t pointer_ = 0;
 };

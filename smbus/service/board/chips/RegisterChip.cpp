@@ -32,7 +32,8 @@ bool RegisterChip::store(uint8_t byte) {
 }
 
 uint8_t RegisterChip::fetch() {
-  const auto byte = static_cast<uint8_t>(registers_.get(pointer_) >> registers_.shift(index_));
+  if (index_ == 0) shown_ = registers_.get(pointer_);
+  const auto byte = static_cast<uint8_t>(shown_ >> registers_.shift(index_));
   advance();
   return byte;
 }
@@ -53,8 +54,9 @@ bool PecRegisterChip::writeCommand(uint8_t command, std::span<const uint8_t> dat
 
 size_t PecRegisterChip::readCommand(uint8_t command, std::span<const uint8_t> /*data*/,
                                     std::span<uint8_t, kMaxBlock + 1> answer) {
+  const unsigned value = registers_.get(command);
   for (unsigned i = 0; i < registers_.bytes(); ++i) {
-    answer[i] = static_cast<uint8_t>(registers_.get(command) >> registers_.shift(i));
+    answer[i] = static_cast<uint8_t>(value >> registers_.shift(i));
   }
   return registers_.bytes();
 }

@@ -4,7 +4,7 @@
 // acknowledged; a write to a read-only one is acknowledged and lost. A wide register takes its
 // value when its last byte has come.
 //
-// Settings: those of RegisterFile, and
+// Settings and pins: those of RegisterFile, and the settings
 //   "autoIncrement"  whether a transfer goes on with the next register, the first after the last
 //                    one, or with the same one again (true)
 //   "pec"            whether the chip checks and sends PECs; a register is then one command and a
@@ -26,6 +26,10 @@ class RegisterChip : public PointerChip {
   RegisterChip(RegisterFile registers, bool autoIncrement)
       : registers_(std::move(registers)), autoIncrement_(autoIncrement) {}
 
+  [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
+    return registers_.connect(pin, net, inverted);
+  }
+
  protected:
   void begin() override;
   [[nodiscard]] bool select(uint8_t pointer) override;
@@ -39,13 +43,18 @@ class RegisterChip : public PointerChip {
   bool autoIncrement_;
   uint8_t pointer_ = 0;
   unsigned index_ = 0;   // of the byte within the register
-  unsigned staged_ = 0;  // bytes of a wide register so far
+  unsigned staged_ = 0;  // the bytes of a wide register so far
+  unsigned shown_ = 0;   // the register being read, as it was at its first byte
 };
 
 class PecRegisterChip : public CommandChip {
  public:
   PecRegisterChip(uint8_t address, RegisterFile registers)
       : CommandChip(address), registers_(std::move(registers)) {}
+
+  [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
+    return registers_.connect(pin, net, inverted);
+  }
 
  protected:
   [[nodiscard]] std::optional<size_t> writeSize(uint8_t command) const override;

@@ -77,4 +77,38 @@ void RegisterFile::fill(const Item& contents, uint32_t first) {
   for (size_t i = 0; i < values.size(); ++i) values_[first + i] = values[i];
 }
 
+uint16_t RegisterFile::get(uint8_t number) const {
+  unsigned value = values_[number];
+  for (const BitPin& input : inputs_) {
+    if (input.number != number) continue;
+    value &= ~(1u << input.bit);
+    value |= (input.pin.level() ? 1u : 0u) << input.bit;
+  }
+  return static_cast<uint16_t>(value);
+}
+
+void RegisterFile::set(uint8_t number, uint16_t value) {
+  values_[number] = value;
+  for (BitPin& output : outputs_) {
+    if (output.number == number) output.pin.drive((value >> output.bit & 1) != 0);
+  }
+}
+
+bool RegisterFile::connect(std::string_view pin, Net& net, bool inverted) {
+  const bool isInput = pin.starts_with("in");
+  if (!isInput && !pin.starts_with("out")) return false;
+  pin.remove_prefix(isInput ? 2 : 3);
+  const size_t dot = pin.find('.');
+  if (dot == std::string_view::npos) return false;
+  const auto number = parseNumber(pin.substr(0, dot));
+  const auto bit = parseNumber(pin.substr(dot + 1));
+  if (!number || *number >= size() || !bit || *bit >= 8 * bytes_) return false;
+
+  auto& pins = isInput ? inputs_ : outputs_;
+  BitPin& added = pins.emplace_back(BitPin{static_cast<uint8_t>(*number), *bit, Pin()});
+  added.pin.connect(net, inverted);
+  if (!isInput) set(added.number, values_[added.number]);
+  return true;
+}
+
 }  // namespace SmbusService::Board

@@ -10,11 +10,16 @@
 //   "fill"         what every register holds at first (0)
 //   "registers"    { register: value }; a list or a text fills the registers from there on
 //   "readOnly"     registers that writes leave alone: [ "0x10", "0x20-0x2F" ]
+//
+// Pins: "in1.13" shows its level in bit 13 of register 1, whatever is written there; "out1.14"
+// drives what bit 14 of register 1 holds. Registers may also be written in hexadecimal, "in0x0A.0".
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
+#include "smbus/service/board/Net.hpp"
 #include "smbus/service/board/Settings.hpp"
 
 namespace SmbusService::Board {
@@ -26,8 +31,9 @@ class RegisterFile {
   [[nodiscard]] size_t size() const { return values_.size(); }
   [[nodiscard]] unsigned bytes() const { return bytes_; }  // of one register
 
-  [[nodiscard]] uint16_t get(uint8_t number) const { return values_[number]; }
-  void set(uint8_t number, uint16_t value) { values_[number] = value; }
+  [[nodiscard]] uint16_t get(uint8_t number) const;
+  void set(uint8_t number, uint16_t value);
+  [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted);
   [[nodiscard]] bool readOnly(uint8_t number) const { return readOnly_[number]; }
 
   // How far to shift the byte that comes `index`-th on the bus.
@@ -36,12 +42,20 @@ class RegisterFile {
   }
 
  private:
+  struct BitPin {
+    uint8_t number;  // the register
+    unsigned bit;
+    Pin pin;
+  };
+
   void fill(const Item& contents, uint32_t first);
 
   unsigned bytes_;
   bool bigEndian_;
   std::vector<uint16_t> values_;
   std::vector<bool> readOnly_;
+  std::vector<BitPin> inputs_;
+  std::vector<BitPin> outputs_;
 };
 
 }  // namespace SmbusService::Board

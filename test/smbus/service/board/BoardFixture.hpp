@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "smbus/service/board/VirtualBoard.hpp"
+#include "test/smbus/service/support/ManualClock.hpp"
 
 namespace SmbusService::Board {
 
@@ -64,7 +65,7 @@ class BoardFixture : public ::testing::Test {
                    data);
   }
 
-  SimulatedClock clock;
+  ManualClock clock;
   std::unique_ptr<VirtualBoard> board;
   Bytes answer;
 };

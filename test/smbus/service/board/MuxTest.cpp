@@ -116,5 +116,39 @@ TEST_F(MuxTest, AChannelOpensAfterTheStopOnly) {
   wire.stop();
 }
 
+class SmallMuxTest : public BoardFixture {
+ protected:
+  SmallMuxTest() {
+    load(R"({'nets': {'mux ok': {'pins': ['mux:reset']}},
+             'buses': [{'name': 'main', 'chips': [
+               {'label': 'mux', 'model': 'pca9546', 'address': '0x70', 'channels': [
+                 {'channel': 3, 'chips': [
+                   {'label': 'a', 'model': 'register', 'address': '0x50'}]}]}]}]})");
+  }
+};
+
+TEST_F(SmallMuxTest, HasFourChannels) {
+  EXPECT_EQ(send(kMux, 0xF8), 0);
+  EXPECT_EQ(receive(kMux), 0);
+  EXPECT_EQ(answer, Bytes{0x08});
+  EXPECT_EQ(read(kTwin, 0), 0);
+}
+
+TEST_F(SmallMuxTest, DoesNotAnswerInReset) {
+  EXPECT_EQ(send(kMux, 0x08), 0);
+  EXPECT_EQ(board->set("mux ok", 0), 0);
+  EXPECT_EQ(receive(kMux), ENXIO);
+  EXPECT_EQ(read(kTwin, 0), ENXIO);
+}
+
+TEST_F(SmallMuxTest, APulseOfResetClosesTheChannels) {
+  EXPECT_EQ(send(kMux, 0x08), 0);
+  EXPECT_EQ(board->set("mux ok", 0), 0);
+  EXPECT_EQ(board->set("mux ok", 1), 0);
+  EXPECT_EQ(read(kTwin, 0), ENXIO);
+  EXPECT_EQ(receive(kMux), 0);
+  EXPECT_EQ(answer, Bytes{0});
+}
+
 }  // namespace
 }  // namespace SmbusService::Board

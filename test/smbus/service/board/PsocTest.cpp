@@ -23,7 +23,9 @@ class PsocTest : public BoardFixture {
   void loadPsoc(const std::string& settings) {
     loadChips("{'label': 'PSoC', 'model': 'psoc', 'address': '0x4E', " + settings + "}");
   }
-  FanPlant& plant() { return dynamic_cast<Psoc&>(*board->chip("PSoC")).plant(); }
+  void set(const char* quantity, double value) {
+    EXPECT_EQ(board->set(std::string("PSoC:") + quantity, value), 0);
+  }
   unsigned word(uint8_t number) {
     EXPECT_EQ(readWord(kPsoc, number), 0);
     return answer[0] * 256u + answer[1];
@@ -54,42 +56,42 @@ TEST_F(PsocTest, FansAndSensorsThatAreNotThereReadZero) {
 TEST_F(PsocTest, SpeedsFollowTheDutyWithInertia) {
   setDuty(9900);
   EXPECT_EQ(word(0x40), 10000u);
-  clock.wait(1s);
+  clock.sleep(1s);
   const unsigned soon = word(0x40);
   EXPECT_GT(soon, 12000u);
   EXPECT_LT(soon, 18000u);
-  clock.wait(1min);
+  clock.sleep(1min);
   EXPECT_EQ(word(0x40), 19800u);
   EXPECT_EQ(word(0x42), 9900u);
 }
 
 TEST_F(PsocTest, TheDutyTakesEffectWithItsSecondByte) {
   EXPECT_EQ(write(kPsoc, 0x3C, {0x00}), 0);
-  clock.wait(1min);
+  clock.sleep(1min);
   EXPECT_EQ(word(0x40), 10000u);
 }
 
 TEST_F(PsocTest, ADutyAboveFullCountsAsFull) {
   setDuty(0xFFFF);
-  clock.wait(1min);
+  clock.sleep(1min);
   EXPECT_EQ(word(0x40), 20000u);
   EXPECT_EQ(word(0x3C), 0xFFFFu);
 }
 
 TEST_F(PsocTest, AStalledFanShowsInItsBitUntilItTurnsAgain) {
   EXPECT_EQ(byte(0x32), 0x04u);
-  plant().setStalled(0, true);
-  clock.wait(10s);
+  set("fan1.stalled", 1);
+  clock.sleep(10s);
   EXPECT_EQ(byte(0x32), 0x05u);
   EXPECT_LT(word(0x40), 1000u);
-  plant().setStalled(0, false);
-  clock.wait(10s);
+  set("fan1.stalled", 0);
+  clock.sleep(10s);
   EXPECT_EQ(byte(0x32), 0x04u);
 }
 
 TEST_F(PsocTest, FansThatAreSwitchedOffAreNotStalled) {
   setDuty(0);
-  clock.wait(1min);
+  clock.sleep(1min);
   EXPECT_EQ(byte(0x32), 0x00u);
 }
 
@@ -97,24 +99,24 @@ TEST_F(PsocTest, LessAirMakesItWarmer) {
   const unsigned before = byte(0x20);
   EXPECT_GT(before, 20u);
   setDuty(1000);
-  clock.wait(5min);
+  clock.sleep(5min);
   EXPECT_GT(byte(0x20), before + 5);
 }
 
 TEST_F(PsocTest, MoreLoadMakesItWarmerAndNoneLeavesTheAir) {
   const unsigned before = byte(0x20);
-  plant().setLoad(1);
-  clock.wait(5min);
+  set("load", 1);
+  clock.sleep(5min);
   EXPECT_GT(byte(0x20), before + 5);
-  plant().setLoad(0);
-  clock.wait(10min);
+  set("load", 0);
+  clock.sleep(10min);
   EXPECT_EQ(byte(0x20), 20u);
 }
 
 TEST_F(PsocTest, TemperaturesFollowTheAir) {
   const unsigned before = byte(0x21);
-  plant().setAmbient(30);
-  clock.wait(5min);
+  set("ambient", 30);
+  clock.sleep(5min);
   EXPECT_EQ(byte(0x21), before + 10);
 }
 
@@ -133,14 +135,15 @@ TEST_F(PsocTest, ReadingsAreNotWritten) {
 
 TEST_F(PsocTest, ReadingsDoNotDependOnWhoLookedBefore) {
   const auto speedAfter = [this](Time step) {
-    SimulatedClock own;
+    ManualClock own;
     Settings settings = plantSettings();
-    FanPlant plant(settings, 1);
+    BoardClock boardClock(own);
+    FanPlant plant(settings, 1, boardClock);
     plant.settle(0.5);
     plant.setDuty(0.9);
-    while (own.now() < 6s) {
-      own.wait(step);
-      plant.advance(own.now());
+    while (boardClock.now() < 6s) {
+      own.sleep(step);
+      plant.catchUp();
     }
     return plant.rpm(0);
   };
@@ -149,7 +152,7 @@ TEST_F(PsocTest, ReadingsDoNotDependOnWhoLookedBefore) {
 
 TEST_F(PsocTest, TheSameSeedGivesTheSameReadings) {
   const auto readings = [this](const char* seed) {
-    SimulatedClock own;
+    ManualClock own;
     board = VirtualBoard::build(
         Config::JsonFile::parse(
             "b", std::string(R"({"seed": )") + seed +
@@ -158,7 +161,7 @@ TEST_F(PsocTest, TheSameSeedGivesTheSameReadings) {
         own);
     std::vector<unsigned> speeds;
     for (int i = 0; i < 20; ++i) {
-      own.wait(300ms);
+      own.sleep(300ms);
       speeds.push_back(word(0x40));
     }
     return speeds;

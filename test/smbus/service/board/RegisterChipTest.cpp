@@ -88,6 +88,38 @@ TEST_F(RegisterChipTest, WithoutPecThePecByteIsData) {
   EXPECT_EQ(answer, (Bytes{0xAA, pec.value()}));
 }
 
+class RegisterPinsTest : public BoardFixture {
+ protected:
+  RegisterPinsTest() {
+    load(R"({'nets': {'in': {'pins': ['chip:in1.13']}, 'not': {'pins': ['!chip:in0x01.2']},
+                      'out': {'pins': ['chip:out2.0']}},
+             'buses': [{'name': 'main', 'chips': [
+               {'label': 'chip', 'model': 'register', 'address': '0x30', 'width': 16,
+                'registers': {'1': '0x0101'}}]}]})");
+  }
+};
+
+TEST_F(RegisterPinsTest, AnInputShowsInItsBit) {
+  EXPECT_EQ(readWord(kChip, 1), 0);
+  EXPECT_EQ(answer, (Bytes{0x21, 0x01}));
+  EXPECT_EQ(board->set("in", 0), 0);
+  EXPECT_EQ(board->set("not", 0), 0);
+  EXPECT_EQ(readWord(kChip, 1), 0);
+  EXPECT_EQ(answer, (Bytes{0x01, 0x05}));
+}
+
+TEST_F(RegisterPinsTest, AWriteDoesNotMoveAnInput) {
+  EXPECT_EQ(write(kChip, 1, {0x00, 0x00}), 0);
+  EXPECT_EQ(readWord(kChip, 1), 0);
+  EXPECT_EQ(answer, (Bytes{0x20, 0x00}));
+}
+
+TEST_F(RegisterPinsTest, AnOutputDrivesWhatItsBitHolds) {
+  EXPECT_EQ(board->get("out"), 0);
+  EXPECT_EQ(write(kChip, 2, {0x00, 0x01}), 0);
+  EXPECT_EQ(board->get("out"), 1);
+}
+
 class PecRegisterChipTest : public RegisterChipTest {
  protected:
   PecRegisterChipTest() { loadRegisters("'pec': true, 'size': 8, 'registers': {'3': 33}"); }

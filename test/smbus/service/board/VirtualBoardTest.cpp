@@ -43,7 +43,7 @@ TEST_F(VirtualBoardTest, ABoardHasItsBusesAndChipsByName) {
 TEST_F(VirtualBoardTest, ABusTakesItsTimeFromTheFile) {
   load("{'buses': [{'name': 'main', 'clockHz': 400000, 'waitBusTime': true}]}");
   EXPECT_NE(receive(0x20), 0);  // START, the address and STOP
-  EXPECT_EQ(clock.now(), std::chrono::nanoseconds(11 * 2500));
+  EXPECT_EQ(clock.slept(), std::chrono::nanoseconds(11 * 2500));
 }
 
 struct Wrong {
@@ -65,7 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Wrong{"[]", "board.json:1:1: ", "object"},
         Wrong{"{'buses': 1}", "board.json:1:11: ", "list"},
-        Wrong{"{'busses': []}", "board.json:1:2: ", "the keys are \"board\", \"buses\", \"seed\""},
+        Wrong{"{'busses': []}",
+              "board.json:1:2: ", "the keys are \"board\", \"buses\", \"events\""},
         Wrong{"{'seed': 'x'}", "board.json:1:10: ", "0x00"},
         Wrong{"{'buses': [{}]}", "board.json:1:12: ", "add the key \"name\""},
         Wrong{"{'buses': [{'name': ''}]}", "board.json:1:21: ", "text in quotes"},
@@ -73,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
               "board.json:2:11: ", "there is a bus \"a\" already"},
         Wrong{"{'buses': [{'name': 'a', 'waitBusTime': 1}]}", "board.json:1:41: ", "true or false"},
         Wrong{"{'buses': [{'name': 'a', 'chips': [\n  {'label': 'x', 'model': 'pca'}]}]}",
-              "board.json:2:27: ", "the models are \"pca9548\""},
+              "board.json:2:27: ", "the models are \"pca9546\""},
         Wrong{"{'buses': [{'name': 'a', 'chips': [\n"
               "  {'label': 'x', 'model': 'psoc', 'address': '0x80'}]}]}",
               "board.json:2:46: ", "\"0x08\" to \"0x77\""},

@@ -11,6 +11,7 @@
 #include <deque>
 
 #include "smbus/service/board/Pec.hpp"
+#include "test/smbus/service/support/ManualClock.hpp"
 
 namespace SmbusService::Board {
 namespace {
@@ -72,8 +73,10 @@ class VirtualBusTest : public ::testing::Test {
     return bus.perform(operation, answer);
   }
 
-  SimulatedClock clock;
-  VirtualBus bus{"main", {}, clock};
+  ManualClock clock;
+  BoardClock boardClock{clock};
+  Wiring wiring;
+  VirtualBus bus{"main", {}, boardClock, wiring};
   Scribe* scribe = nullptr;
   Operation operation;
   std::string answer = "left over";
@@ -199,7 +202,7 @@ TEST_P(HangTest, AChipThatHoldsTheClockForGoodTimesOutAtAnyByte) {
   scribe->hangAt = GetParam();
   operation.pec = true;
   EXPECT_EQ(perform(OperationKind::kProcessCall, {1, 2}), ETIMEDOUT);
-  EXPECT_EQ(clock.now(), kTimeout);
+  EXPECT_EQ(clock.slept(), kTimeout);
   EXPECT_EQ(answer, "");
 }
 
@@ -209,14 +212,14 @@ TEST_F(VirtualBusTest, AnOperationsOwnTimeoutBoundsAHang) {
   scribe->hangAt = 1;
   operation.timeout = std::chrono::milliseconds(10);
   EXPECT_EQ(perform(OperationKind::kReadByte), ETIMEDOUT);
-  EXPECT_EQ(clock.now(), Time(operation.timeout));
+  EXPECT_EQ(clock.slept(), Time(operation.timeout));
 }
 
 TEST_F(VirtualBusTest, ASlowAnswerTakesItsTime) {
   scribe->hangAt = 3;
   scribe->holdFor = std::chrono::milliseconds(3);
   EXPECT_EQ(perform(OperationKind::kReadByte), 0);
-  EXPECT_EQ(clock.now(), scribe->holdFor);
+  EXPECT_EQ(clock.slept(), scribe->holdFor);
 }
 
 TEST_F(VirtualBusTest, CountsWhatWentOverIt) {
@@ -227,12 +230,14 @@ TEST_F(VirtualBusTest, CountsWhatWentOverIt) {
 }
 
 TEST(VirtualBusTimeTest, WaitsForAsLongAsTheBitsTake) {
-  SimulatedClock clock;
-  VirtualBus bus("slow", {.clockHz = 10'000, .waitBusTime = true}, clock);
+  ManualClock clock;
+  BoardClock boardClock(clock);
+  Wiring wiring;
+  VirtualBus bus("slow", {.clockHz = 10'000, .waitBusTime = true}, boardClock, wiring);
   bus.segment().add("scribe", kAddress, std::make_unique<Scribe>());
   std::string answer;
   EXPECT_EQ(bus.perform({.kind = OperationKind::kReadByte, .address = kAddress}, answer), 0);
-  EXPECT_EQ(clock.now(), std::chrono::microseconds(3900));
+  EXPECT_EQ(clock.slept(), std::chrono::microseconds(3900));
 }
 
 }  // namespace

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/board/BoardBuilder.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "smbus/service/board/Random.hpp"
+
+namespace SmbusService::Board {
+namespace {
+
+const ChipModel& modelOf(Settings& settings) {
+  const std::string name = settings.text("model");
+  const ChipModel* model = findChipModel(name);
+  if (model == nullptr) {
+    settings.fail("model", fmt::format("there is no model \"{}\"; the models are \"{}\"", name,
+                                       fmt::join(chipModelNames(), "\", \"")));
+  }
+  return *model;
+}
+
+// A lever's value: a number, or true and false for 1 and 0.
+double valueOf(const Item& item) {
+  if (item.value.IsBool()) return item.value.GetBool() ? 1 : 0;
+  if (!item.value.IsNumber()) item.fail("write true, false or a number");
+  return item.value.GetDouble();
+}
+
+}  // namespace
+
+void BoardBuilder::build(const Item& root) {
+  Settings settings(root);
+  static_cast<void>(settings.text("board", ""));
+  seed_ = settings.number("seed", 0, UINT32_MAX, 1);
+  settings.forEach("buses", [this](const Item& item) { addBus(item); });
+  settings.forEachMember("nets",
+                         [this](const std::string& name, const Item& item) { addNet(name, item); });
+  settings.forEachMember(
+      "events", [this](const std::string& name, const Item& item) { addEvent(name, item); });
+  settings.finish();
+}
+
+void BoardBuilder::addBus(const Item& item) {
+  Settings settings(item);
+  const std::string name = settings.text("name");
+  if (board_.buses_.contains(name)) {
+    settings.fail("name", fmt::format("there is a bus \"{}\" already", name));
+  }
+  BusSettings values;
+  values.clockHz = settings.number("clockHz", 1'000, 5'000'000, values.clockHz);
+  values.timeout = std::chrono::milliseconds(settings.number("timeoutMs", 1, 60'000, 35));
+  values.waitBusTime = settings.flag("waitBusTime", false);
+  auto bus = std::make_unique<VirtualBus>(name, values, board_.clock_, board_.wiring_);
+  addChips(settings, *bus, bus->segment());
+  settings.finish();
+  board_.buses_[name] = std::move(bus);
+}
+
+void BoardBuilder::addChips(Settings& settings, VirtualBus& bus, Segment& segment) {
+  settings.forEach("chips", [&](const Item& item) { addChip(item, bus, segment); });
+}
+
+void BoardBuilder::addChip(const Item& item, VirtualBus& bus, Segment& segment) {
+  Settings settings(item);
+  const std::string label = settings.text("label");
+  if (board_.chips_.contains(label)) {
+    settings.fail("label", fmt::format("there is a chip \"{}\" already", label));
+  }
+  const ChipModel& model = modelOf(settings);
+  const auto address = static_cast<uint8_t>(settings.number("address", 0x08, 0x77));
+  if (const Seat* other = segment.at(address)) {
+    settings.fail("address", fmt::format("\"{}\" sits at this address already", other->label));
+  }
+  auto chip = model.make(settings, {board_.clock_, seedFor(seed_, label), address});
+  if (auto* mux = dynamic_cast<Mux*>(chip.get())) addChannels(settings, bus, *mux);
+  settings.finish();
+  board_.chips_[label] = {&segment.add(label, address, std::move(chip)), &bus};
+}
+
+void BoardBuilder::addChannels(Settings& settings, VirtualBus& bus, Mux& mux) {
+  settings.forEach("channels", [&](const Item& item) {
+    Settings channel(item);
+    addChips(channel, bus, mux.channel(channel.number("channel", 0, mux.channels() - 1)));
+    channel.finish();
+  });
+}
+
+void BoardBuilder::addNet(const std::string& name, const Item& item) {
+  if (name.empty() || name.find(':') != std::string::npos) {
+    item.fail("a net's name is a text without a colon");
+  }
+  Settings settings(item);
+  Net& net = board_.wiring_.addNet(name, settings.flag("level", true));
+  settings.forEach("pins", [&](const Item& pin) { connect(pin, net); });
+  settings.finish();
+}
+
+// "label:pin", or "!label:pin" for a pin that is high where the net is low.
+void BoardBuilder::connect(const Item& item, Net& net) {
+  const std::string text = item.text();
+  const bool inverted = text.front() == '!';
+  const std::string_view pin = std::string_view(text).substr(inverted ? 1 : 0);
+  const size_t colon = pin.find(':');
+  if (colon == std::string_view::npos) {
+    item.fail("write a chip's label and its pin, \"label:pin\", or \"!label:pin\" to invert it");
+  }
+  const auto placed = board_.chips_.find(pin.substr(0, colon));
+  if (placed == board_.chips_.end()) {
+    item.fail(fmt::format("there is no chip \"{}\"", pin.substr(0, colon)));
+  }
+  Chip& chip = *placed->second.seat->chip;
+  if (!chip.connect(pin.substr(colon + 1), net, inverted)) {
+    item.fail(fmt::format("the chip has no pin \"{}\", or it is connected already",
+                          pin.substr(colon + 1)));
+  }
+  board_.wiring_.addChip(chip, placed->second.bus->chipsInUse());
+}
+
+void BoardBuilder::addEvent(const std::string& name, const Item& item) {
+  Settings settings(item);
+  BoardEvent event;
+  for (const auto& member : item.value.GetObject()) {
+    const std::string lever(member.name.GetString(), member.name.GetStringLength());
+    event.changes.push_back(change(lever, item.member(lever, member.value)));
+  }
+  board_.events_[name] = std::move(event);
+}
+
+BoardEvent::Change BoardBuilder::change(const std::string& name, const Item& item) const {
+  std::optional<Lever> lever = board_.findLever(name);
+  if (!lever || !lever->set) {
+    item.fail(fmt::format("\"{}\" is neither a net nor a chip's quantity that can be set", name));
+  }
+  const double value = valueOf(item);
+  if (value < lever->least || value > lever->most) {
+    item.fail(fmt::format("write a value from {} to {}", lever->least, lever->most));
+  }
+  return {std::move(*lever), value};
+}
+
+}  // namespace SmbusService::Board

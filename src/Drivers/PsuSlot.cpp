@@ -1,0 +1,280 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Drivers/PsuSlot.hpp"
+
+#include <cstring>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+
+#include "Drivers/Args.hpp"
+#include "Drivers/DeviceMemory.hpp"
+#include "Drivers/Helpers.hpp"
+#include "Drivers/ShellQuote.hpp"
+#include "Utils/Check.hpp"
+#include "Utils/Host.hpp"
+
+namespace Drivers {
+
+namespace {
+
+constexpr const char* kModelPrefix = "model_";
+constexpr const char* kFdlPrefix = "psuFdl_";
+constexpr uint32_t kWedgeRegister = 8;
+constexpr unsigned kBitsOfWord = 32;
+
+const PsuIdentity kUnpowered = {"N/A", "PWR-UNKNOWN"};
+const PsuIdentity kWedge = {"N/A", "PWR-WEDGE"};
+
+// What a device says of itself, made fit for a descriptor: no placeholder, no quote, no line end.
+std::string harmless(std::string text) {
+  for (char& c : text) {
+    const bool printable = c >= ' ' && c <= '~';
+    if (!printable || std::strchr("{}\"\\", c) != nullptr) {
+      c = '?';
+    }
+  }
+  return text;
+}
+
+bool beginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+
+}  // namespace
+
+// A way to identify a supply; "ipmi" and "ipmitool_raw" require arguments.
+struct PsuSlot::Slot::Method {
+  const char* keyword;
+  Reader reader;
+  const char* requiredArgs[2];
+};
+
+const PsuSlot::Slot::Method PsuSlot::Slot::kMethods[] = {
+    {"pmbus", &Slot::readSerialAndModelPmbus, {}},
+    {"ipmi", &Slot::readSerialAndModelIpmi, {"ipmiId", nullptr}},
+    {"ipmitool", &Slot::readSerialAndModelIpmitool, {}},
+    {"ipmitool_raw", &Slot::readSerialAndModelIpmitoolRaw, {"ipmiRawModel", "ipmiRawSerialNumber"}},
+    {"wedge", &Slot::readSerialAndModelWedge, {}},
+    {"tlv", &Slot::readSerialAndModelTlv, {}},
+};
+
+// An IPMI FRU EEPROM whose product area begins at byte 8.
+Utils::ExpectedVals PsuSlot::values = {
+    {4, {0x01, 1}},                             // the product area, in units of 8 bytes
+    {11, {0xC4, 1}},                            // manufacturer, 4 characters
+    {16, {0xCA, 1}},                            // product name
+    {17, {"DPS550AB6A", 10}}, {27, {0xC3, 1}},  // part number, 3 characters
+    {31, {0xC2, 1}},                            // version, 2 characters
+    {34, {0xCA, 1}},                            // serial number
+    {35, {"SIM0000001", 10}},
+};
+
+// The trace is that of the PMBus driver, whose supplies the bay holds.
+Component::HardwareDevice* PsuSlot::create(const DriverArgs&, Ham::Ham*) {
+  TRACE(0, "Creating Pmbus Device");
+  return new PsuSlot;  // to the device cache
+}
+
+Component::LogicalDevice::Slot* PsuSlot::newSlot(const DriverArgs& args) {
+  const auto it = args.driverArgs.find("psuId");
+  if (it == args.driverArgs.end()) {
+    TRACE(0, "Error: expected 'psuId' in slot driverArgs");
+    return nullptr;
+  }
+  const auto psuId = static_cast<uint8_t>(std::stoi(it->second));
+  CHECK(psuId == 1 || psuId == 2);
+  TRACE(5, "Creating new PsuSlot for Psu id %hhu", psuId);
+  return new Slot(this, psuId, args.driverArgs);
+}
+
+PsuSlot::Slot::Slot(PsuSlot* owner, uint8_t psuId, const ArgMap& args)
+    : owner_(owner), psuId_(psuId), slotArgs_(args) {
+  chooseMethod();
+  presence_ = lineOf("presenceReg", "presenceBit", "presenceActiveLow");
+  status_ = lineOf("statusReg", "statusBit", "statusActiveLow");
+  readModels();
+}
+
+void PsuSlot::Slot::chooseMethod() {
+  const std::string keyword = argOr(slotArgs_, "identificationType", kMethods[0].keyword);
+  for (const Method& method : kMethods) {
+    if (keyword == method.keyword) {
+      method_ = &method;
+    }
+  }
+  if (method_ == nullptr) {
+    TRACE(0, "Invalid identification type: '%s'", keyword.c_str());
+    method_ = &kMethods[0];
+  }
+  for (const char* key : method_->requiredArgs) {
+    requireMethodArg(*method_, key);
+  }
+  command_ = ipmiCommand();
+}
+
+void PsuSlot::Slot::requireMethodArg(const Method& method, const char* key) const {
+  if (key != nullptr && slotArgs_.find(key) == slotArgs_.end()) {
+    TRACE(0, "PsuSlot identification type is %s but %s not found", method.keyword, key);
+    CHECK(false);
+  }
+}
+
+// The lines belong to the device labelled "gpioDevice", or to the bay's own.
+PsuSlot::Slot::Line PsuSlot::Slot::lineOf(const char* regKey, const char* bitKey,
+                                          const char* activeLowKey) const {
+  Line line;
+  if (slotArgs_.find(regKey) == slotArgs_.end()) {
+    return line;
+  }
+  const auto reg = static_cast<uint32_t>(std::stoi(slotArgs_.at(regKey)));
+  const auto bit = static_cast<uint32_t>(std::stoi(slotArgs_.at(bitKey)));
+  const auto label = slotArgs_.find("gpioDevice");
+  line.gpio.reset(label != slotArgs_.end() ? getRegGpioForDevice(label->second.c_str(), reg, bit)
+                                           : getRegGpioForDevice(owner_, reg, bit));
+  line.activeLow = argOr(slotArgs_, activeLowKey, "false") == "true";
+  return line;
+}
+
+pl_status PsuSlot::Slot::Line::read(bool* value) const {
+  unsigned level;
+  if (const pl_status status = gpio->bitRead(&level)) {
+    return status;
+  }
+  *value = (level != 0) != activeLow;
+  return PL_STATUS_OK;
+}
+
+// For every "model_X", a model's name, there must be a "psuFdl_X", the template of its descriptor.
+void PsuSlot::Slot::readModels() {
+  for (const auto& [key, model] : slotArgs_) {
+    if (beginsWith(key, kModelPrefix)) {
+      const std::string psuFdlKey = kFdlPrefix + key.substr(std::strlen(kModelPrefix));
+      CHECK_TEXT(slotArgs_.find(psuFdlKey) != slotArgs_.end(),
+                 "slotArgs_.find( psuFdlKey ) != slotArgs_.end()");
+      models_[model] = slotArgs_[psuFdlKey];
+    }
+  }
+}
+
+pl_status PsuSlot::Slot::getPresence(char** fdl) {
+  TRACE(7, "getPresence");
+  PsuIdentity identity;
+  if (presence_.gpio != nullptr && status_.gpio != nullptr) {
+    bool present;
+    if (const pl_status status = presence_.read(&present)) {
+      return status;
+    }
+    bool powered;
+    if (const pl_status status = status_.read(&powered)) {
+      return status;
+    }
+    if (!present) {
+      return PL_STATUS_EMPTY;
+    }
+    if (!powered) {
+      identity = kUnpowered;
+    }
+  }
+  if (identity.serial.empty() && identity.model.empty()) {
+    if (const pl_status status = (this->*method_->reader)(identity.serial, identity.model)) {
+      return status;
+    }
+    if (identity.serial.empty() || identity.model.empty()) {
+      TRACE(7, "Failed to read PSU info '%s' '%s'", identity.serial.c_str(),
+            identity.model.c_str());
+    }
+  }
+  if (identity == cached_ && !cachedFdl_.empty()) {
+    TRACE(7, "Using cached fdl");
+  } else {
+    cachedFdl_ = describe(identity);
+    cached_ = identity;
+  }
+  *fdl = ::strdup(cachedFdl_.c_str());
+  return *fdl != nullptr ? PL_STATUS_OK : PL_STATUS_REMOTE;
+}
+
+// Of the keys that the slot knows, the template's are filled in.
+std::string PsuSlot::Slot::describe(const PsuIdentity& identity) const {
+  TRACE(0, "PSU serialNum = '%s'", identity.serial.c_str());
+  TRACE(0, "PSU modelName = '%s'", identity.model.c_str());
+  const std::string serial = harmless(identity.serial);
+  const std::string model = harmless(identity.model);
+  const auto it = models_.find(identity.model);
+  if (it == models_.end()) {
+    TRACE(0, "Unknown modelName. PSU is unmanaged");
+    return "unmanaged power supply, modelName: " + model + ", serialNum: " + serial;
+  }
+  const std::pair<const char*, std::string> known[] = {
+      {"serialNum", serial},
+      {"serial", serial},
+      {"modelName", model},
+      {"model", model},
+      {"psuId", std::to_string(psuId_)},
+  };
+  FormatFdl fdl(it->second);
+  fdl.start();
+  for (const auto& [key, value] : known) {
+    if (it->second.find("{" + std::string(key) + "}") != std::string::npos) {
+      fdl.set(key, value);
+    }
+  }
+  return fdl.str();
+}
+
+pl_status PsuSlot::Slot::readSerialAndModelPmbus(std::string& serial, std::string& model) {
+  TRACE(7, "readSerialAndModelPmbus");
+  return readPmbusIdentity(*owner_->ham, serial, model);
+}
+
+pl_status PsuSlot::Slot::readSerialAndModelIpmi(std::string& serial, std::string& model) {
+  return readFruProduct(*owner_->ham, serial, model);
+}
+
+pl_status PsuSlot::Slot::readSerialAndModelIpmitool(std::string& serial, std::string& model) {
+  return readSerialAndModelIpmitoolRaw(serial, model);
+}
+
+// Every value goes to the shell quoted: a board's description can name things and run nothing.
+std::string PsuSlot::Slot::ipmiCommand() const {
+  if (method_->reader != &Slot::readSerialAndModelIpmitool &&
+      method_->reader != &Slot::readSerialAndModelIpmitoolRaw) {
+    return "";
+  }
+  const bool useApi = argOr(slotArgs_, "useApi", "false") == "true";
+  std::string command = useApi ? "zuIpmi api" : "zuIpmi raw";
+  command += " psuSlot " + shellQuote(argOr(slotArgs_, "ipmiId", ""));
+  command += " ModelNumber=" + shellQuote(argOr(slotArgs_, "ipmiRawModel", ""));
+  command += " SerialNumber=" + shellQuote(argOr(slotArgs_, "ipmiRawSerialNumber", ""));
+  TRACE(0, "psuSlot ipmi command: '%s'", command.c_str());
+  return command;
+}
+
+// The command prints the serial number and the model, in this order, as two words.
+pl_status PsuSlot::Slot::readSerialAndModelIpmitoolRaw(std::string& serial, std::string& model) {
+  std::string output;
+  if (const pl_status status = runCmd(command_.c_str(), output)) {
+    return status;
+  }
+  std::istringstream words(output);
+  words >> serial >> model;
+  return PL_STATUS_OK;
+}
+
+pl_status PsuSlot::Slot::readSerialAndModelWedge(std::string& serial, std::string& model) {
+  uint8_t byte;
+  if (owner_->ham->read8(kWedgeRegister, &byte) != PL_STATUS_OK) {
+    return PL_STATUS_EMPTY;
+  }
+  const unsigned bit = static_cast<uint8_t>(1 - psuId_) % kBitsOfWord;
+  if ((static_cast<uint32_t>(byte) >> bit & 1u) != 0) {
+    return PL_STATUS_EMPTY;
+  }
+  serial = kWedge.serial;
+  model = kWedge.model;
+  return PL_STATUS_OK;
+}
+
+pl_status PsuSlot::Slot::readSerialAndModelTlv(std::string& serial, std::string& model) {
+  return readTlvInfo(*owner_->ham, serial, model);
+}
+
+}  // namespace Drivers

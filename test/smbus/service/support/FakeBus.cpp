@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "test/smbus/service/support/FakeBus.hpp"
 
-#include <thread>
-
 #include "smbus/service/OperationKind.hpp"
 
 namespace SmbusService {
@@ -21,9 +19,6 @@ std::string countingBytes(size_t count) {
 
 int FakeBus::perform(const Operation& operation, std::string& answer) {
   overlapped_ = overlapped_ || underWay_.fetch_add(1) != 0;
-  if (takes_.load().count() != 0) {
-    std::this_thread::sleep_for(takes_.load());
-  }
   std::unique_lock lock(mutex_);
   waitWhileHung(lock);
   const size_t number = performed_.size();

@@ -38,9 +38,6 @@ class FakeBus : public Bus {
   // Waits until an operation hangs.
   void waitUntilStuck();
 
-  // What every operation costs; 0: nothing.
-  void takes(std::chrono::microseconds time) { takes_ = time; }
-
   [[nodiscard]] std::vector<Performed> performed() const;
   [[nodiscard]] size_t count() const { return performed().size(); }
   // Two operations were under way at one time.
@@ -62,7 +59,6 @@ class FakeBus : public Bus {
   size_t stuck_ = 0;
   std::atomic<int> underWay_{0};
   std::atomic<bool> overlapped_{false};
-  std::atomic<std::chrono::microseconds> takes_{std::chrono::microseconds(0)};
 };
 
 }  // namespace SmbusService

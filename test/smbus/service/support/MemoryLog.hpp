@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A log that keeps its lines.
+#pragma once
+
+#include <algorithm>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "smbus/service/Log.hpp"
+
+namespace SmbusService {
+
+class MemoryLog : public Log {
+ public:
+  void line(Level, std::string_view text) override {
+    const std::lock_guard lock(mutex_);
+    lines_.emplace_back(text);
+  }
+  [[nodiscard]] bool has(std::string_view part) {
+    const std::lock_guard lock(mutex_);
+    return std::any_of(lines_.begin(), lines_.end(), [part](const std::string& line) {
+      return line.find(part) != std::string::npos;
+    });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+}  // namespace SmbusService

@@ -66,8 +66,8 @@ std::string fieldText(const Utils::ExpectedVal& val) {
   return val.valStr();
 }
 
-// A simulation file, open and under a record lock as a whole, for one access. Failures to open or
-// lock are not looked at: mapping a file that is not open fails, and that is.
+// A simulation file, open and under a record lock as a whole, for one access. Failures to open,
+// lock or create are not looked at: mapping a file that is not open fails, and that is.
 class LockedFile {
  public:
   LockedFile(const std::string& path, int flags, short lockType)
@@ -85,9 +85,11 @@ class LockedFile {
   LockedFile& operator=(const LockedFile&) = delete;
 
   // Makes `text` all that the file holds. A reader without a lock never finds it empty.
-  bool rewrite(const std::string& text) {
+  void rewrite(const std::string& text) {
     const auto length = static_cast<ssize_t>(text.size());
-    return ::pwrite(fd_, text.data(), text.size(), 0) == length && ::ftruncate(fd_, length) == 0;
+    if (::pwrite(fd_, text.data(), text.size(), 0) == length) {
+      static_cast<void>(::ftruncate(fd_, length) == 0);
+    }
   }
 
   // The first `size` bytes; MAP_FAILED on failure.
@@ -172,9 +174,7 @@ void SimHam::createSimFile() {
   }
   simFileSize_ = line.size();
   line += "\n";
-  if (!LockedFile(simFileName_, O_WRONLY | O_CREAT, F_WRLCK).rewrite(line)) {
-    return;
-  }
+  LockedFile(simFileName_, O_WRONLY | O_CREAT, F_WRLCK).rewrite(line);
   simFileExists_ = true;
   TRACE(5, "Created %s", simFileName_.c_str());
 }

@@ -341,6 +341,12 @@ TEST_F(SimHam, StopsWhenItsFileCannotBeWritten) {
   EXPECT_CHECK(ham_.addWrite8(0x10, 1, false), kUnit, "mm != ((void *) -1)");
 }
 
+TEST_F(SimHam, NoticesAFileThatCouldNotBeCreatedAtItsFirstUse) {
+  fs::create_directory(file());  // stands where the file is to be
+  simulate({{0x10, {5, 1}}});
+  EXPECT_CHECK(read8(0x10), kUnit, "mm != ((void *) -1)");
+}
+
 // The directory.
 
 TEST(SimHamDirectory, IsCreatedWhenItIsMissing) {

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "test/smbus/service/support/ServiceProcess.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace SmbusService {
+
+namespace {
+
+constexpr int kPatienceMs = 60'000;
+constexpr int kFirstInherited = 3;  // sd_listen_fds(3)
+
+constexpr const char* kBoard = R"({"board": "Test", "buses": [{"name": "b", "chips": [
+  {"label": "chip", "model": "register", "address": "0x50", "fill": 65}]}]})";
+constexpr const char* kConfiguration = R"({"virtual_board": "board.json", "buses": [
+  {"master": "I2C", "bus": 5, "backend": {"virtual": "b"}}]})";
+
+std::filesystem::path freshDirectory() {
+  std::string name = testing::TempDir() + "smbusd_XXXXXX";
+  return ::mkdtemp(name.data());
+}
+
+// A socket for what services tell systemd.
+Descriptor notificationSocket(const std::string& path) {
+  Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  return socket;
+}
+
+void redirectErrors(const std::filesystem::path& file) {
+  ::dup2(::open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600), STDERR_FILENO);
+}
+
+void handOver(const Descriptor& listening) {
+  ::dup2(listening.get(), kFirstInherited);
+  ::setenv("LISTEN_FDS", "1", 1);
+  ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+}
+
+}  // namespace
+
+ServiceProcess::ServiceProcess()
+    : directory_(freshDirectory()), notifications_(notificationSocket(directory_ / "notify")) {
+  std::ofstream(directory_ / "board.json") << kBoard;
+  writeConfiguration(kConfiguration);
+}
+
+ServiceProcess::~ServiceProcess() {
+  if (pid_ != 0) {
+    signal(SIGKILL);
+    (void)wait();
+  }
+  std::filesystem::remove_all(directory_);
+}
+
+void ServiceProcess::writeConfiguration(const std::string& text) const {
+  std::ofstream(configurationPath()) << text;
+}
+
+void ServiceProcess::launch(const std::string& option, const std::string& argument,
+                            const Descriptor* activation) {
+  const char* program = std::getenv("SMBUSD");
+  ASSERT_NE(program, nullptr) << "SMBUSD must name the service's program";
+  pid_ = ::fork();
+  if (pid_ == 0) {
+    redirectErrors(directory_ / "errors");
+    ::setenv("NOTIFY_SOCKET", (directory_ / "notify").c_str(), 1);
+    ::setenv("NIMBO_SMBUS_SOCKET", socketPath().c_str(), 1);
+    if (activation != nullptr) {
+      handOver(*activation);
+    }
+    ::execl(program, "smbusd", option.c_str(), argument.c_str(), nullptr);
+    ::_exit(127);
+  }
+}
+
+void ServiceProcess::start(const Descriptor* activation) {
+  launch("--config", configurationPath(), activation);
+  std::optional<std::string> said;
+  do {
+    said = notification();
+    ASSERT_TRUE(said) << errors();
+  } while (said->find("READY=1") == std::string::npos);
+}
+
+int ServiceProcess::run(const std::string& option, const std::string& argument) {
+  launch(option, argument, nullptr);
+  return wait();
+}
+
+void ServiceProcess::signal(int number) const { ::kill(pid_, number); }
+
+int ServiceProcess::wait() {
+  int status = 0;
+  ::waitpid(pid_, &status, 0);
+  pid_ = 0;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+std::optional<std::string> ServiceProcess::notification() {
+  pollfd watched{notifications_.get(), POLLIN, 0};
+  std::array<char, 512> text{};
+  if (::poll(&watched, 1, kPatienceMs) != 1) {
+    return std::nullopt;
+  }
+  const ssize_t size = ::recv(notifications_.get(), text.data(), text.size(), 0);
+  return std::string(text.data(), static_cast<size_t>(size));
+}
+
+std::string ServiceProcess::errors() const {
+  std::ifstream file(directory_ / "errors");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace SmbusService

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// smbusd as a process, on a virtual board with one register chip, in a directory of its own.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "smbus/service/Descriptor.hpp"
+
+namespace SmbusService {
+
+// Where the chip is, and what its register 0x10 reads.
+inline constexpr uint32_t kChipBus = 5;  // I2C bus 5
+inline constexpr uint8_t kChipAddress = 0x50;
+inline constexpr uint8_t kChipRegister = 0x10;
+inline constexpr char kChipValue = 'A';
+
+class ServiceProcess {
+ public:
+  ServiceProcess();
+  // Kills the service if it runs.
+  ~ServiceProcess();
+  ServiceProcess(const ServiceProcess&) = delete;
+  ServiceProcess& operator=(const ServiceProcess&) = delete;
+
+  [[nodiscard]] std::string socketPath() const { return directory_ / "smbus.sock"; }
+  [[nodiscard]] std::string configurationPath() const { return directory_ / "smbusd.json"; }
+  void writeConfiguration(const std::string& text) const;
+
+  // Starts the service and waits until it says that it is ready. With a listening socket, hands it
+  // over as systemd does.
+  void start(const Descriptor* activation = nullptr);
+  // Starts it and waits for its end; returns the exit status.
+  [[nodiscard]] int run(const std::string& option, const std::string& argument);
+  void signal(int number) const;
+  // Waits for the end. The exit status, or minus the signal that ended it.
+  [[nodiscard]] int wait();
+
+  // What the service tells systemd next; nothing, when it says nothing for a minute.
+  [[nodiscard]] std::optional<std::string> notification();
+  // What it has written to standard error.
+  [[nodiscard]] std::string errors() const;
+
+ private:
+  void launch(const std::string& option, const std::string& argument, const Descriptor* activation);
+
+  std::filesystem::path directory_;
+  Descriptor notifications_;
+  pid_t pid_ = 0;
+};
+
+}  // namespace SmbusService

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -77,9 +78,8 @@ void Call::carryOut() {
                      missing->hung() ? "hangs" : "is held by others", errorText(ETIMEDOUT)));
     return;
   }
-  const Outcome outcome =
-      executor_.run(transaction_, retries(),
-                    context_.clock.now() + Milliseconds(context_.limits.transactionMs), response_);
+  end_ = context_.clock.now() + Milliseconds(context_.limits.transactionMs);
+  const Outcome outcome = executor_.run(transaction_, retries(), end_, response_);
   hold_.release();
   if (outcome.error != 0) {
     fail(reason(outcome.step, "", outcome.error));
@@ -129,8 +129,9 @@ bool Call::givenUp() {
 }
 
 void Call::begins(size_t step, TimePoint now) {
+  const Milliseconds bound(context_.limits.busMs);
   const std::lock_guard lock(mutex_);
-  underWay_ = UnderWay{step, now};
+  underWay_ = UnderWay{step, now, std::min(now, end_) + bound};
 }
 
 bool Call::ends() {
@@ -140,16 +141,16 @@ bool Call::ends() {
 }
 
 std::optional<std::string> Call::giveUpIfStuck(TimePoint now) {
-  const Milliseconds bound(context_.limits.busMs);
   const std::lock_guard lock(mutex_);
-  if (givenUp_ || !underWay_ || now - underWay_->since < bound) {
+  if (givenUp_ || !underWay_ || now < underWay_->deadline) {
     return std::nullopt;
   }
   givenUp_ = true;
   for (BusSlot* slot : hold_.slots()) {  // before the stuck thread can let go of it
     slot->markHung();
   }
-  return reason(underWay_->step, fmt::format("no end after {} ms: ", bound.count()), ETIMEDOUT);
+  const auto lasted = std::chrono::duration_cast<Milliseconds>(now - underWay_->since);
+  return reason(underWay_->step, fmt::format("no end after {} ms: ", lasted.count()), ETIMEDOUT);
 }
 
 }  // namespace SmbusService

@@ -46,14 +46,16 @@ class Call : private OperationWatch {
   // Lets go of the memory of an unusually large transaction: the connection may be idle for long.
   void answerSent();
 
-  // For the supervisor: gives the call up if an operation has been under way for limits.busMs.
-  // Returns the reason, to be given to the client; nothing, if the call goes on.
+  // For the supervisor: gives the call up if an operation has been under way for limits.busMs, or
+  // is under way limits.busMs after the transaction should have ended. Returns the reason, to be
+  // given to the client; nothing, if the call goes on.
   [[nodiscard]] std::optional<std::string> giveUpIfStuck(TimePoint now);
 
  private:
   struct UnderWay {
     size_t step;
     TimePoint since;
+    TimePoint deadline;
   };
 
   void begins(size_t step, TimePoint now) override;
@@ -74,6 +76,7 @@ class Call : private OperationWatch {
   Transaction transaction_;
   BusHold hold_;
   std::string frame_;
+  TimePoint end_;  // when the transaction under way should be over
 
   std::mutex mutex_;  // guards what follows
   std::optional<UnderWay> underWay_;

@@ -164,6 +164,26 @@ TEST_F(CallTest, ACallGivenUpWritesNothingMoreButReleasesItsMux) {
   EXPECT_TRUE(buses_.find(busKey())->acquire(clock_.now()));
 }
 
+TEST_F(CallTest, AReleaseThatDragsOnDoesNotKeepTheClientWaiting) {
+  addSend(message_, kMux, 1);
+  addRead(message_, kDevice, 0, 1)
+      .set_addr(  // takes all the time that a transaction has
+          SmbusAddress::kReadDelay.set(addressWord(kDevice, 0), 3));
+  addRead(message_, kDevice, 0, 1);
+  addSend(message_, kMux, 0);
+  limits_.transactionMs = 10;
+  bus_->hangAt(2);
+  const TimePoint begun = clock_.now();
+  std::thread stuck(
+      [this] { EXPECT_EQ(call_.perform(message_.SerializeAsString()), Call::Result::kGivenUp); });
+  bus_->waitUntilStuck();
+  const TimePoint worst = begun + Milliseconds(limits_.transactionMs + limits_.busMs);
+  EXPECT_EQ(call_.giveUpIfStuck(worst - Milliseconds(1)), std::nullopt);
+  EXPECT_TRUE(call_.giveUpIfStuck(worst));
+  bus_->resume();
+  stuck.join();
+}
+
 TEST_F(CallTest, NobodyWaitsForTheBusOfACallGivenUp) {
   addRead(message_, kDevice, 0, 1);
   bus_->hang();

@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 namespace SmbusService {
 namespace {
 
+using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr const char* kOneBus = R"({"master": "I2C", "bus": 5, "backend": {"linux": 3}})";
@@ -105,6 +108,16 @@ TEST(Configuration, TheSchemaSaysOfLimitsWhatTheTableSays) {
     EXPECT_EQ(limit["maximum"].GetUint(), row.most) << row.key;
     EXPECT_EQ(limit["default"].GetUint(), Limits{}.*row.value) << row.key;
     EXPECT_STREQ(limit["description"].GetString(), row.meaning);
+  }
+}
+
+TEST(Configuration, TheDocumentSaysOfLimitsWhatTheTableSays) {
+  std::ifstream file(SMBUSD_DOCUMENT);
+  const std::string document(std::istreambuf_iterator<char>(file), {});
+  for (const LimitRow& row : limitTable()) {
+    EXPECT_THAT(document, HasSubstr("| `" + std::string(row.key) + "` | " +
+                                    std::to_string(Limits{}.*row.value) + " | " + row.unit + " | " +
+                                    row.meaning + " |\n"));
   }
 }
 

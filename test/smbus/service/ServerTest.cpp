@@ -87,7 +87,7 @@ TEST(Server, AHungBusIsAnsweredForAndTheConversationGoesOn) {
   const auto response = client.call(readOn(0));
   ASSERT_TRUE(response);
   EXPECT_TRUE(response->failed());
-  EXPECT_THAT(response->reason(), HasSubstr("no end after 50 ms: Connection timed out"));
+  EXPECT_THAT(response->reason(), HasSubstr(" on I2C bus 5: no end after "));
   EXPECT_TRUE(isGoodRead(client.call(readOn(1))));
   service.bus(0).resume();
 }

@@ -33,10 +33,13 @@ int FakeBus::perform(const Operation& operation, std::string& answer) {
 }
 
 void FakeBus::waitWhileHung(std::unique_lock<std::mutex>& lock) {
-  ++stuck_;
-  changed_.notify_all();
-  changed_.wait(lock, [this] { return !hangs_; });
-  --stuck_;
+  const auto goesOn = [this] { return performed_.size() < hangsFrom_; };
+  if (!goesOn()) {
+    ++stuck_;
+    changed_.notify_all();
+    changed_.wait(lock, goesOn);
+    --stuck_;
+  }
 }
 
 void FakeBus::failAt(size_t n, int error) {
@@ -44,14 +47,14 @@ void FakeBus::failAt(size_t n, int error) {
   failures_[performed_.size() + n] = error;
 }
 
-void FakeBus::hang() {
+void FakeBus::hangAt(size_t n) {
   const std::lock_guard lock(mutex_);
-  hangs_ = true;
+  hangsFrom_ = performed_.size() + n;
 }
 
 void FakeBus::resume() {
   const std::lock_guard lock(mutex_);
-  hangs_ = false;
+  hangsFrom_ = SIZE_MAX;
   changed_.notify_all();
 }
 

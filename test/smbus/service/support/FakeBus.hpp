@@ -33,7 +33,9 @@ class FakeBus : public Bus {
   void failAt(size_t n, int error);
 
   // Every operation from now on hangs, until resume().
-  void hang();
+  void hang() { hangAt(0); }
+  // The same from the n-th on (0 is the next).
+  void hangAt(size_t n);
   void resume();
   // Waits until an operation hangs.
   void waitUntilStuck();
@@ -55,7 +57,7 @@ class FakeBus : public Bus {
   std::condition_variable changed_;
   std::vector<Performed> performed_;
   std::map<size_t, int> failures_;
-  bool hangs_ = false;
+  size_t hangsFrom_ = SIZE_MAX;  // the first operation that hangs
   size_t stuck_ = 0;
   std::atomic<int> underWay_{0};
   std::atomic<bool> overlapped_{false};

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <iterator>
 #include <sstream>
-#include <stdexcept>
 
 #include "Drivers/Args.hpp"
 #include "Drivers/DeviceMemory.hpp"

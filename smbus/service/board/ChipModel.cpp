@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <array>
 
+#include "smbus/service/board/chips/Eeprom.hpp"
 #include "smbus/service/board/chips/Pca954x.hpp"
 #include "smbus/service/board/chips/Pca9555.hpp"
 #include "smbus/service/board/chips/Pca9698.hpp"
+#include "smbus/service/board/chips/PmbusSupply.hpp"
 #include "smbus/service/board/chips/Psoc.hpp"
 #include "smbus/service/board/chips/RegisterChip.hpp"
 
@@ -14,8 +16,9 @@ namespace SmbusService::Board {
 namespace {
 
 constexpr std::array kModels = {
-    ChipModel{"pca9546", makePca9546}, ChipModel{"pca9548", makePca9548},
-    ChipModel{"pca9555", makePca9555}, ChipModel{"pca9698", makePca9698},
+    ChipModel{"eeprom", makeEeprom},   ChipModel{"pca9546", makePca9546},
+    ChipModel{"pca9548", makePca9548}, ChipModel{"pca9555", makePca9555},
+    ChipModel{"pca9698", makePca9698}, ChipModel{"pmbus", makePmbusSupply},
     ChipModel{"psoc", makePsoc},       ChipModel{"register", makeRegisterChip},
 };
 

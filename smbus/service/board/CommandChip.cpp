@@ -4,6 +4,7 @@
 namespace SmbusService::Board {
 
 bool CommandChip::start(bool read) {
+  if (!answers()) return false;
   if (idle_) pec_.reset();
   idle_ = false;
   pec_.add(static_cast<uint8_t>((address_ << 1) | (read ? 1 : 0)));
@@ -26,14 +27,17 @@ size_t CommandChip::expected() const {
   return size_ == 0 ? 1 : 1 + size_t{data_[0]};
 }
 
+bool CommandChip::acceptCommand(uint8_t byte) {
+  commandNext_ = false;
+  command_ = byte;
+  pec_.add(byte);
+  writing_ = writeSize(byte).has_value();
+  if (!writing_) faulted(Fault::kUnknownCommand);
+  return writing_;
+}
+
 bool CommandChip::write(uint8_t byte) {
-  if (commandNext_) {
-    commandNext_ = false;
-    command_ = byte;
-    pec_.add(byte);
-    writing_ = writeSize(byte).has_value();
-    return writing_;
-  }
+  if (commandNext_) return acceptCommand(byte);
   if (!writing_) return false;
   if (size_ == expected()) return acceptPec(byte);
   data_[size_++] = byte;
@@ -43,7 +47,9 @@ bool CommandChip::write(uint8_t byte) {
 
 bool CommandChip::acceptPec(uint8_t byte) {
   writing_ = false;
-  return byte == pec_.value() && carryOut();
+  if (byte == pec_.value()) return carryOut();
+  faulted(Fault::kWrongPec);
+  return false;
 }
 
 bool CommandChip::carryOut() {
@@ -66,7 +72,13 @@ uint8_t CommandChip::read() {
 // A write without PEC is refused silently: its last byte is acknowledged by now.
 void CommandChip::stop() {
   idle_ = true;
-  if (writing_ && !commandNext_ && size_ == expected()) static_cast<void>(carryOut());
+  if (writing_ && !commandNext_) {
+    if (size_ == expected()) {
+      static_cast<void>(carryOut());
+    } else if (size_ > 0) {
+      faulted(Fault::kTooFewBytes);
+    }
+  }
   writing_ = false;
   commandNext_ = false;
 }

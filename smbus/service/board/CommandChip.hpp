@@ -37,6 +37,14 @@ class CommandChip : public Chip {
  protected:
   static constexpr size_t kBlock = SIZE_MAX;  // a count byte, then that many
 
+  enum class Fault : uint8_t { kUnknownCommand, kWrongPec, kTooFewBytes };
+
+  // Whether the chip acknowledges its address now.
+  [[nodiscard]] virtual bool answers() { return true; }
+
+  // A write was refused for this.
+  virtual void faulted(Fault /*fault*/) {}
+
   // How many data bytes the master writes with `command`, or kBlock. None: the chip does not know
   // the command, and does not acknowledge it.
   [[nodiscard]] virtual std::optional<size_t> writeSize(uint8_t command) const = 0;
@@ -52,6 +60,7 @@ class CommandChip : public Chip {
 
  private:
   [[nodiscard]] size_t expected() const;
+  [[nodiscard]] bool acceptCommand(uint8_t byte);
   [[nodiscard]] bool acceptPec(uint8_t byte);
   bool carryOut();
 

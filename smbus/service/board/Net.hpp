@@ -39,15 +39,20 @@ class Net {
   std::atomic<uint32_t> state_;  // bit 0: the level; above: the number of changes
 };
 
-// A chip's end of a net. A pin that is connected to nothing reads high, as pulled up.
+// A chip's end of a net. A pin that is connected to nothing reads the level that the chip itself
+// pulls it to.
 class Pin {
  public:
+  explicit Pin(bool pulled = true) : pulled_(pulled) {}
+
   void connect(Net& net, bool inverted) {
     net_ = &net;
     inverted_ = inverted;
   }
   [[nodiscard]] bool connected() const { return net_ != nullptr; }
-  [[nodiscard]] bool level() const { return net_ == nullptr || net_->level() != inverted_; }
+  [[nodiscard]] bool level() const {
+    return net_ == nullptr ? pulled_ : net_->level() != inverted_;
+  }
   [[nodiscard]] uint32_t changes() const { return net_ == nullptr ? 0 : net_->changes(); }
   void drive(bool level) {
     if (net_ != nullptr) net_->drive(level != inverted_);
@@ -57,6 +62,7 @@ class Pin {
   }
 
  private:
+  bool pulled_;
   Net* net_ = nullptr;
   bool inverted_ = false;
 };

@@ -46,6 +46,20 @@ std::string Item::text() const {
   return std::string(textOf(value));
 }
 
+std::vector<uint32_t> Item::numbers(uint32_t most) const {
+  std::vector<uint32_t> numbers;
+  if (value.IsArray()) {
+    for (rapidjson::SizeType i = 0; i < value.Size(); ++i) {
+      numbers.push_back(element(i).number(0, most));
+    }
+  } else if (value.IsString() && !parseNumber(textOf(value))) {
+    for (const char c : textOf(value)) numbers.push_back(static_cast<uint8_t>(c));
+  } else {
+    numbers.push_back(number(0, most));
+  }
+  return numbers;
+}
+
 Item Item::member(std::string_view key, const rapidjson::Value& of) const {
   return {file, of, Config::pointerTo(pointer, key)};
 }

@@ -31,6 +31,9 @@ struct Item {
   [[nodiscard]] uint32_t number(uint32_t least, uint32_t most) const;
   [[nodiscard]] std::string text() const;  // never empty
 
+  // A number, a list of numbers, or a text for its characters; none above `most`.
+  [[nodiscard]] std::vector<uint32_t> numbers(uint32_t most) const;
+
   [[nodiscard]] Item member(std::string_view key, const rapidjson::Value& value) const;
   [[nodiscard]] Item element(rapidjson::SizeType index) const;
 };
@@ -40,6 +43,7 @@ class Settings {
   explicit Settings(Item object);
 
   [[nodiscard]] bool has(std::string_view key) const;
+  [[nodiscard]] std::optional<Item> find(std::string_view key);
 
   // Without a value for `absent` the key is required.
   [[nodiscard]] uint32_t number(std::string_view key, uint32_t least, uint32_t most,
@@ -61,7 +65,6 @@ class Settings {
   void finish() const;
 
  private:
-  [[nodiscard]] std::optional<Item> find(std::string_view key);
   [[nodiscard]] Item require(std::string_view key);
 
   Item object_;

@@ -20,6 +20,7 @@ constexpr double kStillAir = 0.2;  // cooling without a fan, against that of ful
 constexpr double kTurning = 0.05;  // part of full speed below which a fan counts as still
 constexpr double kColdest = -40;   // of the air
 constexpr double kHottest = 125;
+constexpr double kMostLoad = 2;      // an overload
 constexpr uint32_t kMaxRpm = 65535;  // what a 16-bit speed register holds
 
 }  // namespace
@@ -28,7 +29,7 @@ FanPlant::FanPlant(Settings& settings, uint64_t seed, BoardClock& clock)
     : seed_(seed),
       clock_(clock),
       ambient_(settings.real("ambient", kColdest, kHottest, 25)),
-      load_(settings.real("load", 0, 1, 0.5)),
+      load_(settings.real("load", 0, kMostLoad, 0.5)),
       noise_(settings.real("noise", 0, 1, 0.002)) {
   settings.forEach("fans", [this](const Item& item) {
     Settings fan(item);
@@ -129,7 +130,7 @@ Quantity FanPlant::reading(std::string name, std::string unit, std::function<dou
 
 std::vector<Quantity> FanPlant::quantities() {
   std::vector<Quantity> all = {quantity("ambient", "C", ambient_, kColdest, kHottest),
-                               quantity("load", "", load_, 0, 1)};
+                               quantity("load", "", load_, 0, kMostLoad)};
   for (size_t i = 0; i < fans(); ++i) {
     all.push_back(stall(i));
     all.push_back(reading(fmt::format("fan{}.rpm", i + 1), "RPM", [this, i] { return rpm(i); }));

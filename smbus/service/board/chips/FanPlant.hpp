@@ -8,7 +8,7 @@
 //   "fans"          [ { "maxRpm": 20000, "stalled": false } ], at most 4; maxRpm is the speed at
 //                   full duty, 1 to 65535
 //   "ambient"       air temperature at the inlet, degrees Celsius (25)
-//   "load"          what the board dissipates, 0 idle to 1 full (0.5)
+//   "load"          what is dissipated, 0 idle, 1 full, up to 2 (0.5)
 //   "rises"         per sensor, at most 6: degrees above ambient at full load and full air
 //   "noise"         largest deviation of a speed, as a part of it (0.002)
 #pragma once
@@ -39,8 +39,8 @@ class FanPlant {
 
   void setDuty(double duty);
   void setDuty(size_t fan, double duty) { fans_.at(fan).duty = duty; }
-  void setLoad(double load) { load_ = load; }
 
+  [[nodiscard]] double load() const { return load_; }
   [[nodiscard]] size_t fans() const { return fans_.size(); }
   [[nodiscard]] size_t sensors() const { return sensors_.size(); }
   [[nodiscard]] double rpm(size_t fan) const;

@@ -59,22 +59,12 @@ RegisterFile::RegisterFile(Settings& settings)
 }
 
 void RegisterFile::fill(const Item& contents, uint32_t first) {
-  const uint32_t most = bytes_ == 1 ? UINT8_MAX : UINT16_MAX;
-  std::vector<uint16_t> values;
-  if (contents.value.IsArray()) {
-    for (rapidjson::SizeType i = 0; i < contents.value.Size(); ++i) {
-      values.push_back(static_cast<uint16_t>(contents.element(i).number(0, most)));
-    }
-  } else if (contents.value.IsString() && !parseNumber(contents.text())) {
-    for (const char c : contents.text()) values.push_back(static_cast<uint8_t>(c));
-  } else {
-    values.push_back(static_cast<uint16_t>(contents.number(0, most)));
-  }
+  const std::vector<uint32_t> values = contents.numbers(bytes_ == 1 ? UINT8_MAX : UINT16_MAX);
   if (values.size() > size() - first) {
     contents.fail(fmt::format("{} values from register {} on; the chip has {} registers",
                               values.size(), first, size()));
   }
-  for (size_t i = 0; i < values.size(); ++i) values_[first + i] = values[i];
+  for (const uint32_t value : values) values_[first++] = static_cast<uint16_t>(value);
 }
 
 uint16_t RegisterFile::get(uint8_t number) const {

@@ -3,6 +3,7 @@
 // Who answers behind which channels.
 #include <cerrno>
 
+#include "smbus/service/board/Random.hpp"
 #include "test/smbus/service/board/BoardFixture.hpp"
 
 namespace SmbusService::Board {
@@ -114,6 +115,33 @@ TEST_F(MuxTest, AChannelOpensAfterTheStopOnly) {
   wire.stop();
   EXPECT_TRUE(wire.start(kTwin, true));
   wire.stop();
+}
+
+// Who answers depends on the masks alone, whatever was read and written before.
+TEST_F(MuxTest, ManyRandomTransfersReachWhomTheMasksLetThem) {
+  uint8_t outer = 0;
+  uint8_t inner = 0;
+  for (uint64_t i = 0; i < 100'000; ++i) {
+    const uint64_t chance = mix(i);
+    const auto mask = static_cast<uint8_t>(chance >> 8);
+    const bool innerIsThere = (outer & 1 << 7) != 0;
+    if (chance % 4 == 0) {
+      ASSERT_EQ(send(kMux, mask), 0);
+      outer = mask;
+    } else if (chance % 4 == 1) {
+      ASSERT_EQ(send(kInner, mask), innerIsThere ? 0 : ENXIO);
+      if (innerIsThere) inner = mask;
+    } else if (chance % 4 == 2) {
+      ASSERT_EQ(read(kDeep, 0), innerIsThere && (inner & 1) != 0 ? 0 : ENXIO);
+    } else {
+      const uint8_t a = (outer & 1 << 1) != 0 ? 0xA5 : 0xFF;
+      const uint8_t b = (outer & 1 << 2) != 0 ? 0x5E : 0xFF;
+      ASSERT_EQ(read(kTwin, 0), (a & b) == 0xFF ? ENXIO : 0);
+      if (!answer.empty()) {
+        ASSERT_EQ(answer, Bytes{static_cast<uint8_t>(a & b)});
+      }
+    }
+  }
 }
 
 class SmallMuxTest : public BoardFixture {

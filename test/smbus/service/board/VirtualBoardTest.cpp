@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
               "board.json:2:11: ", "there is a bus \"a\" already"},
         Wrong{"{'buses': [{'name': 'a', 'waitBusTime': 1}]}", "board.json:1:41: ", "true or false"},
         Wrong{"{'buses': [{'name': 'a', 'chips': [\n  {'label': 'x', 'model': 'pca'}]}]}",
-              "board.json:2:27: ", "the models are \"pca9546\""},
+              "board.json:2:27: ", "the models are \"eeprom\""},
         Wrong{"{'buses': [{'name': 'a', 'chips': [\n"
               "  {'label': 'x', 'model': 'psoc', 'address': '0x80'}]}]}",
               "board.json:2:46: ", "\"0x08\" to \"0x77\""},
@@ -121,8 +121,13 @@ INSTANTIATE_TEST_SUITE_P(
         WrongChip{"'model': 'register', 'registers': {'1': '0x100'}", "from 0 to 255"},
         WrongChip{"'model': 'register', 'readOnly': ['4-2']", "\"0x20-0x2F\""},
         WrongChip{"'model': 'register', 'pec': true, 'autoIncrement': true", "one register"},
+        WrongChip{"'model': 'pmbus', 'outputs': []", "a supply has an output"},
+        WrongChip{"'model': 'pmbus', 'outputs': [{'volt': 1}]", "\"maxAmps\", \"volts\""},
+        WrongChip{"'model': 'pmbus', 'outputs': [{}],"
+                  "'fans': [{'maxRpm': 1}, {'maxRpm': 1}, {'maxRpm': 1}]",
+                  "at most 2 fans"},
         WrongChip{"'model': 'psoc', 'fans': [{}]", "add the key \"maxRpm\""},
-        WrongChip{"'model': 'psoc', 'load': 2", "from 0 to 1"},
+        WrongChip{"'model': 'psoc', 'load': 3", "from 0 to 2"},
         WrongChip{"'model': 'psoc', 'rises': ['warm']", "degrees"},
         WrongChip{"'model': 'psoc', 'rises': [1, 2, 3, 4, 5, 6, 7]", "at most 6 sensors"}));
 

@@ -76,7 +76,7 @@ TEST_F(WiringTest, LeversAreLookedAtAndSetByName) {
   EXPECT_EQ(board->get("fans:fan9.rpm"), std::nullopt);
   EXPECT_EQ(board->set("no such net", 1), ENOENT);
   EXPECT_EQ(board->set("fans:fan1.rpm", 1), EPERM);
-  EXPECT_EQ(board->set("fans:load", 1.5), ERANGE);
+  EXPECT_EQ(board->set("fans:load", 2.5), ERANGE);
   EXPECT_EQ(board->set("tray 2 present", 2), ERANGE);
 }
 

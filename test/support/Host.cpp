@@ -23,7 +23,11 @@ std::string vprinted(const char* format, va_list arguments) {
   return text;
 }
 
+// Null for handle 0, which is no timer and which nothing can be done with.
 Timer* liveTimer(pl_timer_handle handle) {
+  if (handle == 0) {
+    return nullptr;
+  }
   const auto it = host().timers.find(handle);
   if (it == host().timers.end() || it->second.deleted) {
     ADD_FAILURE() << "no timer has the handle " << handle;

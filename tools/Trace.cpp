@@ -15,7 +15,8 @@ constexpr size_t kKept = 64;   // lines
 constexpr size_t kReason = 2;  // lines
 
 bool isWarning(const std::string& text) {
-  static constexpr std::array kMarks = {"WARNING", "rror", "ailed", "failure", "invalid"};
+  static constexpr std::array kMarks = {"WARNING", "rror", "ailed", "failure", "invalid",
+                                       "not f", "could not", "ouldn't", "Unable"};
   return std::any_of(kMarks.begin(), kMarks.end(),
                      [&](const char* mark) { return text.find(mark) != std::string::npos; });
 }
@@ -51,10 +52,12 @@ std::string Trace::reason() const {
   if (access != kept_.rend()) {
     return access->text;
   }
+  const bool warned = std::any_of(kept_.begin(), kept_.end(),
+                                  [](const Line& line) { return isWarning(line.text); });
   std::string reason;
   size_t lines = 0;
   for (auto line = kept_.rbegin(); line != kept_.rend() && lines < kReason; ++line) {
-    if (line->level == kSevere) {
+    if (line->level == kSevere && (isWarning(line->text) || !warned)) {
       reason = reason.empty() ? line->text : line->text + "; " + reason;
       ++lines;
     }

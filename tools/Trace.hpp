@@ -24,7 +24,8 @@ class Trace {
   void forget() { kept_.clear(); }
 
   // Why the call failed, in the library's own words: the last line about the access itself, or else
-  // the last lines of level 0. Empty when the library said nothing.
+  // the last lines of level 0, those that speak of failures if there are any. Empty when the
+  // library said nothing.
   std::string reason() const;
 
   // How many lines of level 0 spoke of errors and warnings, over all.

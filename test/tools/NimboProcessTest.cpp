@@ -16,57 +16,25 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <rapidjson/document.h>
 
-#include "test/tools/Process.hpp"
+#include "test/tools/NimboFixture.hpp"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
+using TestSupport::parsed;
 
 constexpr const char* kPsocFile = "/HalvorsaPsoc-PSoC";
 
-class NimboProcess : public testing::Test {
+class NimboProcess : public TestSupport::NimboFixture {
  protected:
-  NimboProcess() {
-    std::string name = std::filesystem::temp_directory_path() / "nimbo-XXXXXX";
-    directory_ = ::mkdtemp(name.data());
-  }
-  ~NimboProcess() override { std::filesystem::remove_all(directory_); }
-
-  std::map<std::string, std::string> environment() const {
-    return {{"NIMBOLIB_SIMDIR", directory_},
-            {"NIMBO_BOARD", ""},
-            {"NIMBO_LIBRARY", ""},
-            {"SIMULATION_VMID", ""},
-            {"NIMBO_SMBUS_SOCKET", directory_ + "/no-service"}};
-  }
-
-  static std::vector<std::string> command(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), NIMBO_TOOL);
-    return arguments;
-  }
-
-  TestSupport::Result nimbo(const std::vector<std::string>& arguments) const {
-    return TestSupport::run(command(arguments), environment());
-  }
-
   // A board file in the test's directory.
   std::string boardFile(const std::string& text) const {
     std::ofstream(directory_ + "/board.json") << text;
     return directory_ + "/board.json";
   }
-
-  std::string directory_;
 };
-
-rapidjson::Document parsed(const std::string& text) {
-  rapidjson::Document document;
-  document.Parse(text.c_str());
-  EXPECT_FALSE(document.HasParseError()) << text;
-  return document;
-}
 
 // Overwrites part of a simulation file as a test harness does: under a record lock.
 void patch(const std::string& path, off_t offset, const std::string& text) {
@@ -126,9 +94,9 @@ TEST_F(NimboProcess, BoardWithoutFailuresExitsWithZero) {
 }
 
 TEST_F(NimboProcess, BoardMayComeFromTheEnvironment) {
-  auto environment = NimboProcess::environment();
-  environment["NIMBO_BOARD"] = boardFile(R"({"board": "Other", "topology": []})");
-  EXPECT_EQ(TestSupport::run(command({"show"}), environment).out, "Other (simulation)\n");
+  auto changed = environment();
+  changed["NIMBO_BOARD"] = boardFile(R"({"board": "Other", "topology": []})");
+  EXPECT_EQ(TestSupport::run(command({"show"}), changed).out, "Other (simulation)\n");
 }
 
 TEST_F(NimboProcess, SimulationFilesAreNamedAfterTheDevice) {

@@ -29,11 +29,20 @@ TEST(Trace, PrintsLinesUpToItsLevel) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "[0] zero\n[3] three\n");
 }
 
-TEST(Trace, ReasonIsTheLastLinesOfLevelZero) {
+TEST(Trace, ReasonWithoutAFailureIsTheLastLinesOfLevelZero) {
   Trace trace;
   trace.take(0, "one");
+  trace.take(0, "two");
+  trace.take(0, "three");
+  EXPECT_EQ(trace.reason(), "two; three");
+}
+
+TEST(Trace, ReasonIsTheLastFailuresOfLevelZero) {
+  Trace trace;
+  trace.take(0, "failed long ago");
   trace.take(0, "driver X not found");
   trace.take(5, "data");
+  trace.take(0, "creating timer");
   trace.take(0, "DeviceBase::create() failed");
   EXPECT_EQ(trace.reason(), "driver X not found; DeviceBase::create() failed");
 }

@@ -107,8 +107,10 @@ std::shared_ptr<Mux> Mux::fromJSON(const Value& json) {
   auto mux = std::make_shared<Mux>();
   mux->did = json["did"].GetUint();
   if (json.HasMember("busses")) {
-    for (const Value& element : json["busses"].GetArray()) {
-      auto bus = Bus::fromJSON(element);
+    const Value& busses = json["busses"];
+    for (auto it = busses.Begin(); it != busses.End(); ++it) {
+      CHECK(it->IsObject());
+      auto bus = Bus::fromJSON(*it);
       // Unlike an accelerator's, a later bus of the same id replaces the earlier one.
       mux->busses[bus->id] = bus;
     }

@@ -168,6 +168,10 @@ TEST(Topology, MuxWantsItsDid) {
   EXPECT_CHECK(built<Topology::Mux>("{}"), kUnit, "json.HasMember( \"did\" )");
 }
 
+TEST(Topology, MuxHoldsObjectsOnly) {
+  EXPECT_CHECK(built<Topology::Mux>(R"({"did":1,"busses":[2]})"), kUnit, "it->IsObject()");
+}
+
 TEST(Topology, BusNeedsNeitherDevicesNorMuxes) {
   const auto bus = built<Topology::Bus>(R"({"id":4})");
   EXPECT_EQ(bus->id, 4u);

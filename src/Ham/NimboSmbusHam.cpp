@@ -117,42 +117,40 @@ Smbus::Request* NimboSmbusHam::add(uint32_t reg, Smbus::RequestType type, size_t
   return request;
 }
 
+Ham::ResponseId NimboSmbusHam::addBare(uint32_t reg, Smbus::RequestType type, size_t size,
+                                       bool writeFlag, bool readFlag) {
+  add(reg, type, size, writeFlag, readFlag);
+  return static_cast<ResponseId>(lastResponseId);
+}
+
 Ham::ResponseId NimboSmbusHam::addData(uint32_t reg, Smbus::RequestType type, const void* data,
                                        size_t length, bool flag) {
   add(reg, type, length, flag, false)->set_data(data, length);
   return static_cast<ResponseId>(lastResponseId);
 }
 
-Ham::ResponseId NimboSmbusHam::addRecvByte() {
-  add(0, Smbus::Read, 0, false, false);
-  return static_cast<ResponseId>(lastResponseId);
-}
+Ham::ResponseId NimboSmbusHam::addRecvByte() { return addBare(0, Smbus::Read, 0, false, false); }
 
 Ham::ResponseId NimboSmbusHam::addRead8(uint32_t reg) {
-  add(reg, Smbus::Read, sizeof(uint8_t), false, false);
-  return static_cast<ResponseId>(lastResponseId);
+  return addBare(reg, Smbus::Read, sizeof(uint8_t), false, false);
 }
 
 Ham::ResponseId NimboSmbusHam::addRead16(uint32_t reg) {
-  add(reg, Smbus::Read, sizeof(uint16_t), false, false);
-  return static_cast<ResponseId>(lastResponseId);
+  return addBare(reg, Smbus::Read, sizeof(uint16_t), false, false);
 }
 
 // The flag of a read travels in the address word, that of a write in a field of its own.
 Ham::ResponseId NimboSmbusHam::addRead(uint32_t reg, uint32_t length, bool flag) {
-  add(reg, Smbus::Read, length, false, flag);
-  return static_cast<ResponseId>(lastResponseId);
+  return addBare(reg, Smbus::Read, length, false, flag);
 }
 
 Ham::ResponseId NimboSmbusHam::addReadBlock(uint32_t reg) {
-  add(reg, Smbus::ReadBlock, 0, false, false);
-  return static_cast<ResponseId>(lastResponseId);
+  return addBare(reg, Smbus::ReadBlock, 0, false, false);
 }
 
 // A send-byte is a write of size 0 with the byte in the place of the register.
 Ham::ResponseId NimboSmbusHam::addSendByte(uint8_t value, bool flag) {
-  add(value, Smbus::Write, 0, flag, false);
-  return static_cast<ResponseId>(lastResponseId);
+  return addBare(value, Smbus::Write, 0, flag, false);
 }
 
 Ham::ResponseId NimboSmbusHam::addWrite8(uint32_t reg, uint8_t value, bool flag) {

@@ -63,6 +63,9 @@ class NimboSmbusHam final : public Ham {
                       bool readFlag);
   void requestInit(Smbus::Request* request, uint32_t reg, Smbus::RequestType type, size_t size,
                    bool writeFlag, bool readFlag);
+  // A request without data, and one with.
+  ResponseId addBare(uint32_t reg, Smbus::RequestType type, size_t size, bool writeFlag,
+                     bool readFlag);
   ResponseId addData(uint32_t reg, Smbus::RequestType type, const void* data, size_t length,
                      bool flag);
   int checkResponse() const;

@@ -13,7 +13,7 @@ namespace {
 Gpio* object(pl_gpio* gpio) { return static_cast<Gpio*>(gpio->object); }
 
 // The register has 8 bits; a line beyond them is never set and reads as 0.
-uint8_t maskOf(uint32_t bitpos) { return bitpos < 8 ? static_cast<uint8_t>(1u << bitpos) : 0; }
+uint8_t maskOf(uint32_t bitpos) { return static_cast<uint8_t>(bitpos < 8 ? 1u << bitpos : 0u); }
 
 }  // namespace
 

@@ -16,6 +16,7 @@
 #include <valijson/validator.hpp>
 
 #include "config/JsonFile.hpp"
+#include "config/JsonValue.hpp"
 #include "config/SchemaView.hpp"
 
 namespace Config {

@@ -5,12 +5,12 @@
 #include <cstdlib>
 
 #include <rapidjson/pointer.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <valijson/adapters/rapidjson_adapter.hpp>
 #include <valijson/schema.hpp>
 #include <valijson/schema_parser.hpp>
 #include <valijson/validator.hpp>
+
+#include "config/JsonValue.hpp"
 
 namespace Config {
 
@@ -18,14 +18,6 @@ namespace {
 
 using rapidjson::Value;
 using Schemas = std::vector<const Value*>;
-
-const Value* member(const Value* object, const char* key) {
-  if (object == nullptr || !object->IsObject()) {
-    return nullptr;
-  }
-  const auto found = object->FindMember(key);
-  return found == object->MemberEnd() ? nullptr : &found->value;
-}
 
 const Value* child(const Value* parent, const std::string& token) {
   if (parent != nullptr && parent->IsArray()) {
@@ -141,13 +133,6 @@ void addOwn(const Value& schema, Wanted& wanted) {
 }
 
 }  // namespace
-
-std::string jsonText(const rapidjson::Value& value) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  value.Accept(writer);
-  return buffer.GetString();
-}
 
 Wanted wantedAt(const rapidjson::Document& schema, const rapidjson::Value& document,
                 const std::vector<std::string>& tokens) {

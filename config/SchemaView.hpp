@@ -25,7 +25,4 @@ struct Wanted {
 Wanted wantedAt(const rapidjson::Document& schema, const rapidjson::Value& document,
                 const std::vector<std::string>& tokens);
 
-// The value as compact JSON text.
-std::string jsonText(const rapidjson::Value& value);
-
 }  // namespace Config

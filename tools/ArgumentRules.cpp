@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include "config/JsonValue.hpp"
+
 namespace Nimbo {
 
 namespace {
@@ -23,7 +25,7 @@ enum class Need { kRequired, kOptional };
 struct Rule {
   std::string_view driver;  // kAnyDriver: every driver
   std::string_view kind;
-  std::string_view key;
+  const char* key;
   Need need;
   long minimum;
   long maximum;
@@ -47,14 +49,6 @@ constexpr Rule kRules[] = {
 
 bool isFor(const Rule& rule, const std::string& driver) {
   return rule.driver == driver || rule.driver == kAnyDriver;
-}
-
-const Value* member(const Value* object, std::string_view key) {
-  if (object == nullptr) {
-    return nullptr;
-  }
-  const auto found = object->FindMember(std::string(key).c_str());
-  return found == object->MemberEnd() ? nullptr : &found->value;
 }
 
 std::optional<long> number(const Value& value) {
@@ -113,8 +107,8 @@ std::vector<Rule> rulesFor(const Config::JsonFile& file, const ArgumentsOf& argu
 }
 
 void checkOne(const Config::JsonFile& file, const ArgumentsOf& arguments, const Rule& rule) {
-  const Value* const own = member(arguments.own, rule.key);
-  const Value* const value = own != nullptr ? own : member(arguments.shared, rule.key);
+  const Value* const own = Config::member(arguments.own, rule.key);
+  const Value* const value = own != nullptr ? own : Config::member(arguments.shared, rule.key);
   if (value == nullptr) {
     if (rule.need == Need::kRequired) {
       file.fail(arguments.pointer, fmt::format("the argument \"{}\" is missing in \"args\"; the "

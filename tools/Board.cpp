@@ -5,9 +5,8 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
+#include "config/JsonValue.hpp"
 #include "embedded/kBoardSchema.hpp"
 #include "tools/ArgumentRules.hpp"
 
@@ -15,24 +14,13 @@ namespace Nimbo {
 
 namespace {
 
+using Config::member;
 using rapidjson::Document;
 using rapidjson::Value;
 
 // The keys of the file that hold no list of entries.
 bool isList(const Value& value, const std::string& key) {
   return value.IsArray() && key != "topology";
-}
-
-const Value* member(const Value& object, const char* key) {
-  const auto found = object.FindMember(key);
-  return found == object.MemberEnd() ? nullptr : &found->value;
-}
-
-std::string jsonOf(const Value& value) {
-  rapidjson::StringBuffer buffer;
-  rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-  value.Accept(writer);
-  return buffer.GetString();
 }
 
 void set(Document& document, Value& object, const Value& name, const Value& value) {
@@ -58,11 +46,11 @@ Board Board::parse(const std::string& name, const std::string& text) {
 
 const char* Board::name() const { return file_->document()["board"].GetString(); }
 
-std::string Board::topology() const { return jsonOf(file_->document()["topology"]); }
+std::string Board::topology() const { return Config::jsonText(file_->document()["topology"]); }
 
 std::vector<Entry> Board::entries(const std::string& kind) const {
   std::vector<Entry> entries;
-  const Value* const list = member(file_->document(), kind.c_str());
+  const Value* const list = member(&file_->document(), kind.c_str());
   for (rapidjson::SizeType i = 0; list != nullptr && i < list->Size(); ++i) {
     const Value& node = (*list)[i];
     entries.push_back({node["name"].GetString(), fmt::format("/{}/{}", kind, i), &node,
@@ -81,12 +69,12 @@ std::string Board::description(const Entry& entry) const {
   if (!document.HasMember("driverArgs")) {
     document.AddMember("driverArgs", Value(rapidjson::kObjectType), allocator);
   }
-  if (const Value* const arguments = member(*entry.node, "args")) {
+  if (const Value* const arguments = member(entry.node, "args")) {
     for (const auto& argument : arguments->GetObject()) {
       set(document, document["driverArgs"], argument.name, argument.value);
     }
   }
-  return jsonOf(document);
+  return Config::jsonText(document);
 }
 
 void Board::check() const {
@@ -109,8 +97,8 @@ void Board::check() const {
                                 (*entry.node)["device"].GetString(), devices_->labels()));
       }
       checkArguments(*file_,
-                     {entry.device->driver(), kind, entry.pointer, member(*entry.node, "args"),
-                      member(*entry.device->node, "driverArgs")});
+                     {entry.device->driver(), kind, entry.pointer, member(entry.node, "args"),
+                      member(entry.device->node, "driverArgs")});
     }
   }
 }

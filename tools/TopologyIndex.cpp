@@ -7,8 +7,11 @@
 
 #include <fmt/format.h>
 
+#include "config/JsonValue.hpp"
+
 namespace Nimbo {
 
+using Config::member;
 using Config::pointerTo;
 using rapidjson::Value;
 
@@ -22,11 +25,6 @@ constexpr struct {
   const char* key;
   const char* id;
 } kContainers[] = {{"accelerators", "id"}, {"busses", "id"}, {"muxes", nullptr}};
-
-const Value* member(const Value& object, const char* key) {
-  const auto found = object.FindMember(key);
-  return found == object.MemberEnd() ? nullptr : &found->value;
-}
 
 }  // namespace
 
@@ -48,12 +46,12 @@ std::string TopologyIndex::labels() const {
 }
 
 void TopologyIndex::visit(const Value& node, const std::string& pointer) {
-  if (const Value* devices = member(node, "devices")) {
+  if (const Value* devices = member(&node, "devices")) {
     addDevices(*devices, pointer + "/devices");
   }
   checkMuxes(node, pointer);
   for (const auto& container : kContainers) {
-    if (const Value* list = member(node, container.key)) {
+    if (const Value* list = member(&node, container.key)) {
       visitList(*list, pointerTo(pointer, container.key), container.id);
     }
   }
@@ -87,11 +85,11 @@ void TopologyIndex::addDevices(const Value& devices, const std::string& pointer)
 }
 
 void TopologyIndex::checkMuxes(const Value& bus, const std::string& pointer) const {
-  const Value* muxes = member(bus, "muxes");
+  const Value* muxes = member(&bus, "muxes");
   for (rapidjson::SizeType i = 0; muxes != nullptr && i < muxes->Size(); ++i) {
     const std::string place = pointerTo(pointer + "/muxes", size_t{i}) + "/did";
     const unsigned did = (*muxes)[i]["did"].GetUint();
-    const Value* devices = member(bus, "devices");
+    const Value* devices = member(&bus, "devices");
     const auto isChip = [did](const Value& device) { return device["did"].GetUint() == did; };
     const Value* chip =
         devices == nullptr ? nullptr : std::find_if(devices->Begin(), devices->End(), isChip);

@@ -15,8 +15,8 @@ constexpr size_t kKept = 64;   // lines
 constexpr size_t kReason = 2;  // lines
 
 bool isWarning(const std::string& text) {
-  static constexpr std::array kMarks = {"WARNING", "rror", "ailed", "failure", "invalid",
-                                       "not f", "could not", "ouldn't", "Unable"};
+  static constexpr std::array kMarks = {"WARNING", "rror",      "ailed",   "failure", "invalid",
+                                        "not f",   "could not", "ouldn't", "Unable"};
   return std::any_of(kMarks.begin(), kMarks.end(),
                      [&](const char* mark) { return text.find(mark) != std::string::npos; });
 }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "config/JsonValue.hpp"
 #include "pl/pl_fan.h"
 #include "tools/HostServices.hpp"
 #include "tools/Session.hpp"
@@ -26,15 +27,8 @@ struct Arguments {
 };
 
 std::string argument(const Entry& entry, const char* key) {
-  const auto arguments = entry.node->FindMember("args");
-  if (arguments == entry.node->MemberEnd() || !arguments->value.HasMember(key)) {
-    return "";
-  }
-  const auto& value = arguments->value[key];
-  return value.IsString() ? value.GetString()
-         : value.IsInt()  ? std::to_string(value.GetInt())
-         : value.IsTrue() ? "true"
-                          : "";
+  const auto* value = Config::member(Config::member(entry.node, "args"), key);
+  return value == nullptr ? "" : value->IsString() ? value->GetString() : Config::jsonText(*value);
 }
 
 bool isMaster(const Entry& entry) { return argument(entry, "pwmMaster") == "true"; }

@@ -180,8 +180,7 @@ void ScriptedService::read(Connection& connection) {
   const size_t room = connection.cutAfter.value_or(sizeof bytes);
   const ssize_t count = ::recv(connection.fd, bytes, std::min(room, sizeof bytes), 0);
   if (count <= 0 || connection.cutAfter == static_cast<size_t>(count)) {
-    ::close(connection.fd);
-    connection.open = false;
+    hangUp(connection);
     return;
   }
   if (connection.cutAfter) {
@@ -189,6 +188,12 @@ void ScriptedService::read(Connection& connection) {
   }
   connection.received.append(bytes, static_cast<size_t>(count));
   takeFrames(connection);
+}
+
+void ScriptedService::hangUp(Connection& connection) {
+  const std::lock_guard lock(mutex_);  // sendUnasked() may be using it
+  ::close(connection.fd);
+  connection.open = false;
 }
 
 void ScriptedService::takeFrames(Connection& connection) {
@@ -215,8 +220,7 @@ void ScriptedService::handle(Connection& connection, const Smbus::TransactionReq
   } else {
     sendPieces(connection.fd, reply.pieces);
     if (reply.hangUp) {
-      ::close(connection.fd);
-      connection.open = false;
+      hangUp(connection);
     }
   }
   const std::lock_guard lock(mutex_);

@@ -73,6 +73,7 @@ class ScriptedService {
   void serve();
   void accept();
   void read(Connection& connection);
+  void hangUp(Connection& connection);
   void takeFrames(Connection& connection);
   void handle(Connection& connection, const Smbus::TransactionRequest& request);
   Reply nextReply(const Smbus::TransactionRequest& request);

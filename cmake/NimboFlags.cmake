@@ -33,3 +33,7 @@ if(NIMBO_SANITIZE)
     -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${NIMBO_SANITIZE})
 endif()
+
+if(NIMBO_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)  # the libraries too tell the fuzzer where they go
+endif()

@@ -7,7 +7,7 @@ namespace SmbusService::Board {
 
 Seat& Segment::add(std::string label, uint8_t address, std::unique_ptr<Chip> chip) {
   if (auto* mux = dynamic_cast<Mux*>(chip.get())) muxes_.push_back(mux);
-  seats_.push_back(std::make_unique<Seat>(std::move(label), address, std::move(chip)));
+  seats_.push_back(std::make_unique<Seat>(Seat{std::move(label), address, std::move(chip)}));
   byAddress_[address & 0x7F] = seats_.back().get();
   return *seats_.back();
 }

@@ -68,7 +68,7 @@ bool Psoc::store(uint8_t byte) {
   const uint8_t number = pointer_++;
   if (std::ranges::find(kWritable, number) == kWritable.end()) return true;
   registers_[number] = byte;
-  if (number == kDuty + 1) plant_.setDuty(partOf((registers_[kDuty] << 8u) | byte));
+  if (number == kDuty + 1) plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
   return true;
 }
 

@@ -12,7 +12,8 @@ namespace Nimbo {
 
 namespace {
 
-std::string formatted(const char* format, std::va_list arguments) {
+__attribute__((format(printf, 1, 0))) std::string formatted(const char* format,
+                                                            std::va_list arguments) {
   std::array<char, 512> shortText;
   std::va_list again;
   va_copy(again, arguments);

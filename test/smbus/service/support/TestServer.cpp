@@ -10,8 +10,18 @@
 
 namespace SmbusService {
 
+Smbus::TransactionRequest readWordOn(uint32_t busIndex) {
+  Smbus::TransactionRequest message;
+  addRead(message, kFakeBusDevice, 0x8B, 2, {.bus = kBusNumber + busIndex});
+  return message;
+}
+
+bool isGoodWord(const std::optional<Smbus::TransactionResponse>& response) {
+  return response && !response->failed() && response->response_size() == 1 &&
+         response->response(0).data() == "\x10\x11";
+}
+
 TestServer::TestServer(size_t buses, Limits limits) : limits_(limits) {
-  limits_.stopMs = 60'000;
   for (uint32_t i = 0; i < buses; ++i) {
     auto fake = std::make_shared<FakeBus>();
     fakes_.push_back(fake.get());
@@ -24,6 +34,7 @@ TestServer::~TestServer() {
   for (FakeBus* fake : fakes_) {
     fake->resume();
   }
+  limits_.stopMs = 60'000;
   EXPECT_TRUE(server_->stop());
 }
 
@@ -33,6 +44,7 @@ void TestServer::begin() {
 }
 
 void TestServer::restart() {
+  limits_.stopMs = 60'000;
   ASSERT_TRUE(server_->stop());
   begin();
 }

@@ -15,6 +15,11 @@
 
 namespace SmbusService {
 
+// A read that goes well on any fake bus, and whether it has.
+inline constexpr uint8_t kFakeBusDevice = 0x50;
+[[nodiscard]] Smbus::TransactionRequest readWordOn(uint32_t busIndex);
+[[nodiscard]] bool isGoodWord(const std::optional<Smbus::TransactionResponse>& response);
+
 class TestServer {
  public:
   explicit TestServer(size_t buses = 1, Limits limits = {});

@@ -11,7 +11,6 @@ constexpr size_t kMostBlock = 255;  // SMBus 3.0 section 6.5.7
 
 using enum OperationKind;
 
-// In the order of OperationKind.
 constexpr std::array kTraits{
     KindTraits{kReceiveByte, "receive byte", true, false, false, 1, 1},
     KindTraits{kReadByte, "read byte", true, false, true, 1, 1},
@@ -26,15 +25,7 @@ constexpr std::array kTraits{
     KindTraits{kProcessCall, "process call", true, true, true, 2, 2},
 };
 
-constexpr bool ordered() {
-  for (size_t i = 0; i < kTraits.size(); ++i) {
-    if (static_cast<size_t>(kTraits[i].kind) != i) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(ordered() && kTraits.size() == static_cast<size_t>(kProcessCall) + 1);
+static_assert(hasARowForEachKind(kTraits));
 
 }  // namespace
 

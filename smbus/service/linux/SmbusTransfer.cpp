@@ -26,7 +26,6 @@ struct KernelCall {
 using enum OperationKind;
 using enum Form;
 
-// In the order of OperationKind.
 constexpr std::array kCalls{
     KernelCall{kReceiveByte, I2C_SMBUS_READ, I2C_SMBUS_BYTE, I2C_FUNC_SMBUS_READ_BYTE, kNone,
                kByte},
@@ -51,15 +50,7 @@ constexpr std::array kCalls{
                kWord},
 };
 
-constexpr bool ordered() {
-  for (size_t i = 0; i < kCalls.size(); ++i) {
-    if (static_cast<size_t>(kCalls[i].kind) != i) {
-      return false;
-    }
-  }
-  return true;
-}
-static_assert(ordered() && kCalls.size() == static_cast<size_t>(kProcessCall) + 1);
+static_assert(hasARowForEachKind(kCalls));
 
 const KernelCall& callFor(OperationKind kind) { return kCalls.at(static_cast<size_t>(kind)); }
 

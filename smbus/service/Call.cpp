@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "smbus/AddressWord.hpp"
 #include "smbus/Frame.hpp"
 #include "smbus/service/OperationKind.hpp"
 
@@ -27,7 +28,7 @@ void putFrame(const Smbus::TransactionResponse& response, std::string& frame) {
                         static_cast<uint32_t>(frame.size() - SmbusFrame::kHeaderSize));
 }
 
-// "read byte of register 0x8b"
+// "read byte at register 0x8b"
 std::string describe(const Operation& operation) {
   const KindTraits& traits = traitsOf(operation.kind);
   return traits.hasCommand ? fmt::format("{} at register 0x{:02x}", traits.name, operation.command)
@@ -51,8 +52,7 @@ Call::Result Call::perform(std::string_view message) {
   }
   response_.Clear();
   if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
-    fail(fmt::format("request {}: {}: {}", refusal->request, refusal->what,
-                     errorText(refusal->error)));
+    fail(reasonOf(*refusal));
   } else {
     carryOut();
   }
@@ -60,7 +60,6 @@ Call::Result Call::perform(std::string_view message) {
     return Result::kGivenUp;
   }
   putFrame(response_, frame_);
-  log();
   return Result::kAnswered;
 }
 
@@ -74,15 +73,17 @@ void Call::carryOut() {
   const TimePoint now = context_.clock.now();
   const BusSlot* missing = hold_.acquire(transaction_, now + Milliseconds(context_.limits.busMs));
   if (missing != nullptr) {
-    fail(fmt::format("request 0: {} {}: {}", missing->name(),
-                     missing->hung() ? "hangs" : "is held by others", errorText(ETIMEDOUT)));
+    const auto first = std::find_if(transaction_.begin(), transaction_.end(),
+                                    [&](const Step& step) { return step.bus == missing; });
+    fail(reasonOf(static_cast<size_t>(first - transaction_.begin()),
+                  missing->hung() ? "the bus hangs: " : "the bus is held by others: ", ETIMEDOUT));
     return;
   }
   end_ = context_.clock.now() + Milliseconds(context_.limits.transactionMs);
   const Outcome outcome = executor_.run(transaction_, retries(), end_, response_);
   hold_.release();
   if (outcome.error != 0) {
-    fail(reason(outcome.step, "", outcome.error));
+    fail(reasonOf(outcome.step, "", outcome.error));
   }
 }
 
@@ -91,7 +92,13 @@ uint32_t Call::retries() const {
                   context_.limits.retries);
 }
 
-std::string Call::reason(size_t step, std::string_view what, int error) const {
+std::string Call::reasonOf(const Refusal& refusal) const {
+  const uint64_t word = request_.request(static_cast<int>(refusal.request)).addr();
+  return fmt::format("request {} to device 0x{:02x}: {}: {}", refusal.request,
+                     SmbusAddress::kDevice.get(word), refusal.what, errorText(refusal.error));
+}
+
+std::string Call::reasonOf(size_t step, std::string_view what, int error) const {
   const Step& failed = transaction_[step];
   return fmt::format("request {} ({}) to device 0x{:02x} on {}: {}{}", step,
                      describe(failed.operation), failed.operation.address, failed.bus->name(), what,
@@ -104,13 +111,13 @@ void Call::fail(const std::string& reason) {
   response_.set_reason(reason);
 }
 
-void Call::log() const {
-  if (request_.has_id() || response_.failed()) {
-    context_.log.line(Level::kInfo,
-                      fmt::format("transaction{}: {}",
-                                  request_.has_id() ? fmt::format(" id {}", request_.id()) : "",
-                                  response_.failed() ? response_.reason() : "done"));
+std::optional<std::string> Call::remark() const {
+  if (!request_.has_id() && !response_.failed()) {
+    return std::nullopt;
   }
+  return fmt::format("transaction{}: {}",
+                     request_.has_id() ? fmt::format(" id {}", request_.id()) : "",
+                     response_.failed() ? response_.reason() : "done");
 }
 
 void Call::answerSent() {
@@ -150,7 +157,7 @@ std::optional<std::string> Call::giveUpIfStuck(TimePoint now) {
     slot->markHung();
   }
   const auto lasted = std::chrono::duration_cast<Milliseconds>(now - underWay_->since);
-  return reason(underWay_->step, fmt::format("no end after {} ms: ", lasted.count()), ETIMEDOUT);
+  return reasonOf(underWay_->step, fmt::format("no end after {} ms: ", lasted.count()), ETIMEDOUT);
 }
 
 }  // namespace SmbusService

@@ -43,6 +43,9 @@ class Call : private OperationWatch {
 
   // The answer's frame, after kAnswered and until answerSent().
   [[nodiscard]] std::string_view answer() const { return frame_; }
+  // What the log should say of the transaction, if anything: that it failed and why, or that it was
+  // done, if it carries an id.
+  [[nodiscard]] std::optional<std::string> remark() const;
   // Lets go of the memory of an unusually large transaction: the connection may be idle for long.
   void answerSent();
 
@@ -64,9 +67,9 @@ class Call : private OperationWatch {
   [[nodiscard]] bool parse(std::string_view message);
   void carryOut();
   void fail(const std::string& reason);
-  void log() const;
   [[nodiscard]] uint32_t retries() const;
-  [[nodiscard]] std::string reason(size_t step, std::string_view what, int error) const;
+  [[nodiscard]] std::string reasonOf(const Refusal& refusal) const;
+  [[nodiscard]] std::string reasonOf(size_t step, std::string_view what, int error) const;
   [[nodiscard]] bool givenUp();
 
   const Context context_;

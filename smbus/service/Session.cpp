@@ -52,6 +52,9 @@ bool Session::converse(Call& call, std::string_view owed) {
       case Call::Result::kGivenUp:
         return false;
     }
+    if (const auto remark = call.remark()) {
+      log(Level::kInfo, *remark);
+    }
     if (!send(call.answer())) {
       return true;
     }

@@ -76,7 +76,7 @@ TEST_F(CallTest, AFailureNamesRequestDeviceAndError) {
 TEST_F(CallTest, ARequestThatCannotBeTranslatedTouchesNoBus) {
   addSend(message_, kMux, 1);
   addRead(message_, kDevice, 0, 2, {.bus = 9});
-  EXPECT_EQ(failure(), "request 1: the service has no I2C bus 9: No such device");
+  EXPECT_EQ(failure(), "request 1 to device 0x50: the service has no I2C bus 9: No such device");
   EXPECT_EQ(bus_->count(), 0U);
 }
 
@@ -122,14 +122,26 @@ TEST_F(CallTest, TheIdIsEchoedInTheLog) {
   message_.set_id(77);
   addRead(message_, kDevice, 0, 1);
   EXPECT_FALSE(answered().failed());
-  EXPECT_TRUE(log_.has("transaction id 77: done"));
+  EXPECT_EQ(call_.remark(), "transaction id 77: done");
+}
+
+TEST_F(CallTest, WithoutAnIdOnlyFailuresAreRemarkedUpon) {
+  message_.set_retrycount(0);
+  addRead(message_, kDevice, 0, 1);
+  EXPECT_FALSE(answered().failed());
+  EXPECT_EQ(call_.remark(), std::nullopt);
+  bus_->failAt(0, EIO);
+  const std::string reason = failure();
+  EXPECT_EQ(call_.remark(), "transaction: " + reason);
 }
 
 TEST_F(CallTest, ABusHeldByOthersIsGivenUpAfterItsBound) {
   ASSERT_TRUE(buses_.find(busKey())->acquire(clock_.now()));
   const TimePoint deadline = whenStuck();
   addRead(message_, kDevice, 0, 1);
-  EXPECT_EQ(failure(), "request 0: I2C bus 5 is held by others: Connection timed out");
+  EXPECT_EQ(failure(),
+            "request 0 (read byte at register 0x00) to device 0x50 on I2C bus 5: "
+            "the bus is held by others: Connection timed out");
   EXPECT_EQ(clock_.now(), deadline);
   EXPECT_EQ(bus_->count(), 0U);
 }
@@ -193,7 +205,7 @@ TEST_F(CallTest, NobodyWaitsForTheBusOfACallGivenUp) {
   const TimePoint before = clock_.now();
   Call other(Context{buses_, limits_, 0, clock_, log_});
   EXPECT_EQ(other.perform(message_.SerializeAsString()), Call::Result::kAnswered);
-  EXPECT_NE(other.answer().find("I2C bus 5 hangs"), std::string_view::npos);
+  EXPECT_NE(other.answer().find("the bus hangs"), std::string_view::npos);
   EXPECT_EQ(clock_.now(), before);
   bus_->resume();
   stuck.join();

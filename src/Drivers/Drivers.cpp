@@ -40,29 +40,38 @@ std::shared_ptr<DriverArgs> DriverArgs::fromJSON(const rapidjson::Value& value) 
 }
 
 void DriverArgs::parseJSON(const rapidjson::Value& value) {
+  using Utils::member;
   CHECK_TEXT(value.IsObject(), "json.IsObject()");
-  CHECK_TEXT(value.HasMember("did"), "json.HasMember( \"did\" )");
-  CHECK_TEXT(value.HasMember("driver"), "json.HasMember( \"driver\" )");
-  isMultiDevice = value.HasMember("isMultiDevice") && value["isMultiDevice"].GetBool();
+  const rapidjson::Value* didValue = member(value, "did");
+  CHECK_TEXT(didValue, "json.HasMember( \"did\" )");
+  const rapidjson::Value* driverName = member(value, "driver");
+  CHECK_TEXT(driverName, "json.HasMember( \"driver\" )");
+  const rapidjson::Value* multi = member(value, "isMultiDevice");
+  isMultiDevice = multi != nullptr && multi->GetBool();
+  const rapidjson::Value* multiArgs = isMultiDevice ? member(value, "multiDeviceArgs") : nullptr;
   if (isMultiDevice) {
-    CHECK_TEXT(value.HasMember("multiDeviceArgs"), "json.HasMember( \"multiDeviceArgs\" )");
+    CHECK_TEXT(multiArgs, "json.HasMember( \"multiDeviceArgs\" )");
   }
-  CHECK_TEXT(value.HasMember("address"), "json.HasMember( \"address\" )");
-  Topology::fillAddressFromJSON(value["address"], address);
-  provideHam = !value.HasMember("provideHam") || value["provideHam"].GetUint() != 0;
-  uid = value.HasMember("uid") ? value["uid"].GetUint() : kNoComponent;
-  did = value["did"].GetUint();
-  if (!value["driver"].IsNull()) {
-    driver = value["driver"].GetString();
+  const rapidjson::Value* place = member(value, "address");
+  CHECK_TEXT(place, "json.HasMember( \"address\" )");
+  Topology::fillAddressFromJSON(*place, address);
+  const rapidjson::Value* needsHam = member(value, "provideHam");
+  provideHam = needsHam == nullptr || needsHam->GetUint() != 0;
+  const rapidjson::Value* component = member(value, "uid");
+  uid = component != nullptr ? component->GetUint() : kNoComponent;
+  did = didValue->GetUint();
+  if (!driverName->IsNull()) {
+    driver = driverName->GetString();
   }
-  if (value.HasMember("driverArgs") && !value["driverArgs"].IsNull()) {
-    for (const auto& member : value["driverArgs"].GetObject()) {
-      driverArgs[member.name.GetString()] = textOf(member.value);
+  const rapidjson::Value* args = member(value, "driverArgs");
+  if (args != nullptr && !args->IsNull()) {
+    for (const auto& arg : args->GetObject()) {
+      driverArgs[arg.name.GetString()] = textOf(arg.value);
     }
   }
-  if (isMultiDevice && !value["multiDeviceArgs"].IsNull()) {
-    for (const auto& member : value["multiDeviceArgs"].GetObject()) {
-      multiDeviceArgs[member.name.GetString()] = member.value.GetString();
+  if (multiArgs != nullptr && !multiArgs->IsNull()) {
+    for (const auto& arg : multiArgs->GetObject()) {
+      multiDeviceArgs[arg.name.GetString()] = arg.value.GetString();
     }
   }
 }

@@ -5,6 +5,8 @@ namespace Topology {
 
 namespace {
 
+using Utils::member;
+
 // The controller types of the text, in the order in which they are tried.
 struct MediumType {
   const char* name;
@@ -43,11 +45,12 @@ std::shared_ptr<Controller> busController(const Value& json) {
 // A list whose elements must be objects, in document order.
 template <class Child>
 void appendObjects(const Value& json, const char* key, std::vector<std::shared_ptr<Child>>& list) {
-  if (!json.HasMember(key)) {
+  const Value* elements = member(json, key);
+  if (elements == nullptr) {
     return;
   }
-  const Value& elements = json[key];
-  for (auto it = elements.Begin(); it != elements.End(); ++it) {
+  list.reserve(elements->Size());
+  for (auto it = elements->Begin(); it != elements->End(); ++it) {
     CHECK(it->IsObject());
     list.push_back(Child::fromJSON(*it));
   }
@@ -56,12 +59,12 @@ void appendObjects(const Value& json, const char* key, std::vector<std::shared_p
 // The accelerators of a controller; `duplicate` is the text of the check that each id is new.
 void addAccelerators(const Value& json, std::map<uint32_t, std::shared_ptr<Accelerator>>& map,
                      const char* duplicate) {
-  if (!json.HasMember("accelerators")) {
+  const Value* accels = member(json, "accelerators");
+  if (accels == nullptr) {
     return;
   }
-  const Value& accels = json["accelerators"];
-  CHECK(accels.IsArray());
-  for (const Value& element : accels.GetArray()) {
+  CHECK_TEXT(accels->IsArray(), "accels.IsArray()");
+  for (const Value& element : accels->GetArray()) {
     auto accel = Accelerator::fromJSON(element);
     CHECK_TEXT(map.find(accel->id) == map.end(), duplicate);
     map[accel->id] = accel;
@@ -69,43 +72,48 @@ void addAccelerators(const Value& json, std::map<uint32_t, std::shared_ptr<Accel
 }
 
 unsigned optionalUint(const Value& value, const char* key, unsigned absent) {
-  return value.HasMember(key) ? value[key].GetUint() : absent;
+  const Value* number = member(value, key);
+  return number != nullptr ? number->GetUint() : absent;
 }
 
 }  // namespace
 
 std::shared_ptr<Component> Component::fromJSON(const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("uid"), "json.HasMember( \"uid\" )");
+  const Value* uid = member(json, "uid");
+  CHECK_TEXT(uid, "json.HasMember( \"uid\" )");
   auto component = std::make_shared<Component>();
-  component->uid = json["uid"].GetUint();
+  component->uid = uid->GetUint();
   return component;
 }
 
 std::shared_ptr<Device> Device::fromJSON(const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("did"), "json.HasMember( \"did\" )");
+  const Value* did = member(json, "did");
+  CHECK_TEXT(did, "json.HasMember( \"did\" )");
   auto device = std::make_shared<Device>();
-  device->did = json["did"].GetUint();
+  device->did = did->GetUint();
   if (json.HasMember("driver")) {
     device->driverArgs = Drivers::DriverArgs::fromJSON(json);
   }
-  if (json.HasMember("components")) {
-    for (const Value& component : json["components"].GetArray()) {
+  if (const Value* components = member(json, "components")) {
+    device->components.reserve(components->Size());
+    for (const Value& component : components->GetArray()) {
       device->components.push_back(Component::fromJSON(component));
     }
   }
-  if (json.HasMember("label")) {
-    _topology_index[json["label"].GetString()] = device;
+  if (const Value* label = member(json, "label")) {
+    _topology_index[label->GetString()] = device;
   }
   return device;
 }
 
 std::shared_ptr<Mux> Mux::fromJSON(const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("did"), "json.HasMember( \"did\" )");
+  const Value* did = member(json, "did");
+  CHECK_TEXT(did, "json.HasMember( \"did\" )");
   auto mux = std::make_shared<Mux>();
-  mux->did = json["did"].GetUint();
+  mux->did = did->GetUint();
   if (json.HasMember("busses")) {
     const Value& busses = json["busses"];
     for (auto it = busses.Begin(); it != busses.End(); ++it) {
@@ -126,21 +134,22 @@ std::shared_ptr<Bus> Bus::fromJSON(const Value& json) {
 
 void Bus::init(std::shared_ptr<Bus> bus, const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("id"), "json.HasMember( \"id\" )");
-  bus->id = static_cast<uint32_t>(json["id"].GetInt());
+  const Value* id = member(json, "id");
+  CHECK_TEXT(id, "json.HasMember( \"id\" )");
+  bus->id = static_cast<uint32_t>(id->GetInt());
   appendObjects(json, "devices", bus->devices);
   appendObjects(json, "muxes", bus->muxes);
 }
 
 std::shared_ptr<Accelerator> Accelerator::fromJSON(const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("id"), "json.HasMember( \"id\" )");
+  const Value* id = member(json, "id");
+  CHECK_TEXT(id, "json.HasMember( \"id\" )");
   auto accel = std::make_shared<Accelerator>();
-  accel->id = json["id"].GetUint();
-  if (json.HasMember("busses")) {
-    const Value& busses = json["busses"];
-    CHECK(busses.IsArray());
-    for (const Value& element : busses.GetArray()) {
+  accel->id = id->GetUint();
+  if (const Value* busses = member(json, "busses")) {
+    CHECK_TEXT(busses->IsArray(), "busses.IsArray()");
+    for (const Value& element : busses->GetArray()) {
       auto bus = Bus::fromJSON(element);
       CHECK_TEXT(accel->busses.find(bus->id) == accel->busses.end(),
                  "accel->busses.find( bus->id ) == accel->busses.end()");
@@ -152,9 +161,10 @@ std::shared_ptr<Accelerator> Accelerator::fromJSON(const Value& json) {
 
 std::shared_ptr<SCD> SCD::fromJSON(const Value& json) {
   CHECK(json.IsObject());
-  CHECK_TEXT(json.HasMember("pci"), "json.HasMember( \"pci\" )");
+  const Value* pci = member(json, "pci");
+  CHECK_TEXT(pci, "json.HasMember( \"pci\" )");
   auto scd = std::make_shared<SCD>();
-  scd->pci = json["pci"].GetUint();
+  scd->pci = pci->GetUint();
   addAccelerators(json, scd->accelerators,
                   "scd->accelerators.find( accel->id ) == scd->accelerators.end()");
   return scd;
@@ -177,8 +187,8 @@ std::shared_ptr<LinuxFs> LinuxFs::fromJSON(const Value& json) {
 
 std::shared_ptr<I2C> I2C::fromJSON(const Value& json) {
   auto i2c = busController<I2C>(json);
-  if (json.HasMember("simulated")) {
-    i2c->simulated = json["simulated"].GetBool();
+  if (const Value* simulated = member(json, "simulated")) {
+    i2c->simulated = simulated->GetBool();
   }
   return i2c;
 }
@@ -205,9 +215,10 @@ Topology* Topology::fromJSON(const Document& json) {
 
 void fillAddressFromJSON(const Value& value, AhamAddress& addr) {
   CHECK(value.IsObject());
-  CHECK_TEXT(value.HasMember("address"), "value.HasMember( \"address\" )");
+  const Value* address = member(value, "address");
+  CHECK_TEXT(address, "value.HasMember( \"address\" )");
   addr = AhamAddress{};
-  addr.address = value["address"].GetUint() & 0x7f;
+  addr.address = address->GetUint() & 0x7f;
   addr.writeDelay = optionalUint(value, "writeDelay", 0) & 0x3;
   addr.readDelay = optionalUint(value, "readDelay", 0) & 0x3;
   addr.busTimeout = optionalUint(value, "busTimeout", 0) & 0x7;

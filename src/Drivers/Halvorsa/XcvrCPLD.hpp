@@ -15,8 +15,8 @@
 // value of its register.
 #pragma once
 
+#include <array>
 #include <cstdint>
-#include <map>
 #include <vector>
 
 #include "Components/PollingDevice.hpp"
@@ -49,7 +49,7 @@ class HalvXcvrCPLD : public Component::PollingDevice<Component::HardwareDevice>,
   bool updateRegisterCache();
   pl_status refreshed(uint8_t reg, uint16_t* value);
 
-  std::map<uint8_t, uint16_t> registerCache_;  // bytes in their natural order
+  std::array<uint16_t, 256> registerCache_{};  // by register; bytes in their natural order
   std::vector<uint8_t> registers_;
 };
 

@@ -43,7 +43,6 @@ void Psoc::put16(uint8_t number, uint16_t value) {
 }
 
 void Psoc::showPlant() {
-  shown_ = plant_.steps();
   uint8_t stall = 0;
   for (size_t i = 0; i < plant_.fans(); ++i) {
     put16(static_cast<uint8_t>(kSpeeds + 2 * i), rounded<uint16_t>(plant_.rpm(i)));
@@ -57,7 +56,7 @@ void Psoc::showPlant() {
 
 void Psoc::begin() {
   plant_.catchUp();
-  if (plant_.steps() != shown_) showPlant();
+  showPlant();
 }
 
 bool Psoc::select(uint8_t pointer) {
@@ -69,10 +68,7 @@ bool Psoc::store(uint8_t byte) {
   const uint8_t number = pointer_++;
   if (std::ranges::find(kWritable, number) == kWritable.end()) return true;
   registers_[number] = byte;
-  if (number == kDuty + 1) {
-    plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
-    showPlant();  // without drive nothing stalls
-  }
+  if (number == kDuty + 1) plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
   return true;
 }
 

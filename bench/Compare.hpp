@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Measures a thing beside what it cannot do without, in turns in one run, so that a slow or busy
-// machine slows both. Times are of the processor, since neither waits for anything. The ratio of the
-// medians is what counts; it is printed with the aim.
+// machine slows both. Times are of the processor, since neither waits for anything. The ratio of
+// the medians is what counts; it is printed with the aim.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -10,6 +10,7 @@
 
 #include "smbus/Frame.hpp"
 #include "smbus/client/Deadline.hpp"
+#include "smbus/client/ForkMark.hpp"
 #include "smbus/client/Settings.hpp"
 #include "smbus/client/Stream.hpp"
 
@@ -22,8 +23,6 @@ using SmbusFrame::kHeaderSize;
 constexpr size_t kReadAhead = 4096;  // most answers arrive whole in one read of this size
 
 bool isTransient(int error) { return error == EAGAIN || error == EINTR; }
-
-uint64_t thisProcess() { return static_cast<uint64_t>(::getpid()); }
 
 }  // namespace
 
@@ -87,12 +86,12 @@ bool PLSocket::deliver(const Deadline& deadline) {
   return false;
 }
 
-bool PLSocket::usable() const { return settled_ && owner_ == thisProcess() && isQuiet(fd_); }
+bool PLSocket::usable() const { return settled_ && owner_ == forkMark() && isQuiet(fd_); }
 
 bool PLSocket::connect(const Deadline& deadline) {
   disconnect();
   fd_ = openStream(servicePath(), deadline);
-  owner_ = thisProcess();
+  owner_ = forkMark();
   return fd_ >= 0;
 }
 

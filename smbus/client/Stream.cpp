@@ -66,8 +66,8 @@ bool awaitEvents(int fd, short events, const Deadline& deadline) {
 }
 
 bool isQuiet(int fd) {
-  char byte;
-  return ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 && errno == EAGAIN;
+  pollfd entry{fd, POLLIN, 0};  // poll(2) ignores a descriptor below 0
+  return fd >= 0 && ::poll(&entry, 1, 0) == 0;
 }
 
 void closeQuietly(int fd) {

@@ -64,6 +64,7 @@ Call::Result Call::perform(std::string_view message) {
 }
 
 bool Call::parse(std::string_view message) {
+  requestBytes_ = message.size();
   const std::optional<size_t> requests = countRequests(message);
   return requests && *requests <= context_.limits.requests &&
          request_.ParseFromArray(message.data(), static_cast<int>(message.size()));
@@ -121,7 +122,7 @@ std::optional<std::string> Call::remark() const {
 }
 
 void Call::answerSent() {
-  if (request_.request_size() > kMostRequestsKept || request_.ByteSizeLong() > kMostBytesKept ||
+  if (request_.request_size() > kMostRequestsKept || requestBytes_ > kMostBytesKept ||
       frame_.size() > kMostBytesKept) {
     request_ = {};
     response_ = {};

@@ -74,6 +74,7 @@ class Call : private OperationWatch {
 
   const Context context_;
   Executor executor_;
+  size_t requestBytes_ = 0;
   Smbus::TransactionRequest request_;
   Smbus::TransactionResponse response_;
   Transaction transaction_;

@@ -78,7 +78,7 @@ class PLSocket {
   // The order and the first values are fixed: whoever includes this header makes the object.
   int32_t fd_ = -1;
   uint64_t fdWatcher_ = 0;  // the host's handle; the library itself registers none
-  uint64_t owner_ = 0;      // the process that opened fd_
+  uint64_t owner_ = 0;      // tells the process that opened fd_ from its children
   bool settled_ = true;     // no request is under way: nothing more is due on fd_
   std::string incoming_ = std::string(4, '\0');  // the answer's frame; it grows and stays
   uint32_t received_ = 0;                        // bytes of incoming_ that have come

@@ -37,6 +37,9 @@ class FanPlant {
   // calls it first, and whoever looks.
   void catchUp();
 
+  // Moves on with every change that time brings.
+  [[nodiscard]] int64_t steps() const { return steps_; }
+
   void setDuty(double duty);
   void setDuty(size_t fan, double duty) { fans_.at(fan).duty = duty; }
 

@@ -43,6 +43,7 @@ void Psoc::put16(uint8_t number, uint16_t value) {
 }
 
 void Psoc::showPlant() {
+  shown_ = plant_.steps();
   uint8_t stall = 0;
   for (size_t i = 0; i < plant_.fans(); ++i) {
     put16(static_cast<uint8_t>(kSpeeds + 2 * i), rounded<uint16_t>(plant_.rpm(i)));
@@ -56,7 +57,7 @@ void Psoc::showPlant() {
 
 void Psoc::begin() {
   plant_.catchUp();
-  showPlant();
+  if (plant_.steps() != shown_) showPlant();
 }
 
 bool Psoc::select(uint8_t pointer) {
@@ -68,7 +69,10 @@ bool Psoc::store(uint8_t byte) {
   const uint8_t number = pointer_++;
   if (std::ranges::find(kWritable, number) == kWritable.end()) return true;
   registers_[number] = byte;
-  if (number == kDuty + 1) plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
+  if (number == kDuty + 1) {
+    plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
+    showPlant();  // without drive nothing stalls
+  }
   return true;
 }
 

@@ -48,6 +48,7 @@ class Psoc : public PointerChip {
   FanPlant plant_;
   std::array<uint8_t, 256> registers_{};
   uint8_t pointer_ = 0;
+  int64_t shown_ = -1;  // the plant's steps when the registers took over its state
 };
 
 [[nodiscard]] std::unique_ptr<Chip> makePsoc(Settings& settings, const ChipContext& context);

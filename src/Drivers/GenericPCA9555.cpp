@@ -12,11 +12,6 @@ uint8_t byteOr(const ArgMap& args, const char* key, uint8_t absent) {
   return static_cast<uint8_t>(numberOr(args, key, absent));
 }
 
-uint32_t cacheTimeoutOf(const ArgMap& args) {
-  return static_cast<uint32_t>(
-      numberOr(args, "cacheTimeout", static_cast<int>(PCA9555::kCacheTimeout)));
-}
-
 }  // namespace
 
 Component::HardwareDevice* GenericPCA9555::create(const DriverArgs& args, Ham::Ham*) {
@@ -24,13 +19,13 @@ Component::HardwareDevice* GenericPCA9555::create(const DriverArgs& args, Ham::H
 }
 
 GenericPCA9555::GenericPCA9555(const ArgMap& args)
-    : GPIOExpander(PCA9555::kBanks, cacheTimeoutOf(args),
+    : GPIOExpander(PCA9555::kBanks, byteOr(args, "cacheTimeout", PCA9555::kCacheTimeout),
                    byteOr(args, "inputBankBase", PCA9555::kInputBankBase),
                    byteOr(args, "outputBankBase", PCA9555::kOutputBankBase),
                    byteOr(args, "configBankBase", PCA9555::kConfigBankBase)),
       directions_{requiredByte(args, "bank-io-0"), requiredByte(args, "bank-io-1")} {
   TRACE(0, "Creating ambiguous PCA9555 Device: cacheTimeout %ds",
-        static_cast<int>(cacheTimeoutOf(args)));
+        byteOr(args, "cacheTimeout", PCA9555::kCacheTimeout));
 }
 
 void GenericPCA9555::init() { configure(directions_); }

@@ -14,7 +14,7 @@ namespace Drivers {
 // The geometry of the chip, and how long its inputs are cached unless said otherwise.
 struct PCA9555 {
   static constexpr int32_t kBanks = 2;
-  static constexpr uint32_t kCacheTimeout = 2;  // seconds
+  static constexpr uint8_t kCacheTimeout = 2;  // seconds
   static constexpr uint8_t kInputBankBase = 0;
   static constexpr uint8_t kOutputBankBase = 2;
   static constexpr uint8_t kConfigBankBase = 6;

@@ -28,7 +28,7 @@ GPIOExpander::GPIOExpander(int32_t numBanks, uint32_t timeout, uint8_t inputBase
 
 bool GPIOExpander::isStale(uint8_t n, Utils::TimePoint now) const {
   const std::chrono::duration<double> age = now - inputTimes_[n];
-  return age.count() > cacheTimeout;
+  return cacheTimeout == 0 || age.count() > cacheTimeout;
 }
 
 pl_status GPIOExpander::getInBank(uint8_t n, uint8_t* value) {

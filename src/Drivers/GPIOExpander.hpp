@@ -21,8 +21,9 @@ class GPIOExpander : public Component::HardwareDevice {
  public:
   static constexpr pl_status kNoSuchBank = PL_STATUS_UNSUPPORTED;
 
-  // `cacheTimeout` in seconds; the bases are the registers of bank 0 of each kind, and bank n is at
-  // base + n in 8 bits.
+  // `cacheTimeout` in seconds, 0 to read the chip each time; the bases are the registers of bank 0
+  // of each kind, and bank n is at base + n in 8 bits. A bank counts as read, as 0, when the
+  // monotonic clock was 0.
   GPIOExpander(int32_t numBanks, uint32_t cacheTimeout, uint8_t inputBankBase,
                uint8_t outputBankBase, uint8_t configBankBase);
 

@@ -40,9 +40,8 @@ class HalvorsaPCA9555 : public GPIOExpander {
 };
 
 // A tray. Its descriptor is the template "fanFdl" of the arguments with {airflowDirection},
-// {maxRpm}
-// ("rpmF2B" or "rpmB2F", as the air flows) and {modelName} filled in; it is kept until the tray is
-// pulled or the airflow changes.
+// {maxRpm} ("rpmF2B" or "rpmB2F", as the air flows) and {modelName} filled in; it is kept until the
+// tray is pulled or the airflow changes.
 class HalvorsaPCA9555::FanSlot : public Component::LogicalDevice::Slot {
  public:
   // `index` counts from 0; the device is borrowed.

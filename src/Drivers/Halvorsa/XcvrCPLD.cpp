@@ -122,7 +122,7 @@ Component::LogicalDevice::SfpXcvr* HalvXcvrCPLD::newSfpXcvr(unsigned int id, con
   return new BitSfpXcvr(id, portOf(indexOf(id), id - 1), kSfp);
 }
 
-// Plain bytes: no module, and every active-low line is asserted.
+// Single bytes, which the simulation's 16-bit reads follow with ff: every register reads as ff00.
 Utils::ExpectedVals HalvorsaQCPLD::values = {{1, {0, 1}}, {2, {0, 1}}, {3, {0, 1}}, {4, {0, 1}}};
 
 Component::HardwareDevice* HalvorsaQCPLD::create(const DriverArgs&, Ham::Ham*) {

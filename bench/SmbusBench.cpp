@@ -30,7 +30,7 @@ using Bench::Cores;
 using Bench::Way;
 
 constexpr const char* kService = R"({
-  "virtual_board": "board.json",
+  "virtual_board": "virtual-board.json",
   "buses": [{"master": "SCD", "controller": 0, "accelerator": 0, "bus": 0,
              "backend": {"virtual": "bus"}}]
 })";

@@ -55,7 +55,7 @@ int notificationSocket(const std::string& path) {
 SmbusdProcess::SmbusdProcess(std::string_view configuration, std::string_view board)
     : directory_(newDirectory()) {
   std::ofstream(path("smbusd.json")) << configuration;
-  std::ofstream(path("board.json")) << board;
+  std::ofstream(path("virtual-board.json")) << board;
   ::setenv("NIMBO_SMBUS_SOCKET", path("smbus.sock").c_str(), 1);
   start();
 }

@@ -14,8 +14,8 @@ namespace Doubles {
 
 class SmbusdProcess {
  public:
-  // Starts with the text of its configuration, whose virtual board is "board.json", and the text
-  // of that; points NIMBO_SMBUS_SOCKET at itself.
+  // Starts with the text of its configuration, whose virtual board is "virtual-board.json", and
+  // the text of that; points NIMBO_SMBUS_SOCKET at itself.
   SmbusdProcess(std::string_view configuration, std::string_view board);
   ~SmbusdProcess();
   SmbusdProcess(const SmbusdProcess&) = delete;

@@ -66,8 +66,15 @@ bool awaitEvents(int fd, short events, const Deadline& deadline) {
 }
 
 bool isQuiet(int fd) {
-  pollfd entry{fd, POLLIN, 0};  // poll(2) ignores a descriptor below 0
-  return fd >= 0 && ::poll(&entry, 1, 0) == 0;
+  if (fd < 0) {  // poll(2) would ignore it
+    return false;
+  }
+  pollfd entry{fd, POLLIN, 0};
+  int ready;
+  do {
+    ready = ::poll(&entry, 1, 0);
+  } while (ready < 0 && errno == EINTR);
+  return ready == 0;
 }
 
 void closeQuietly(int fd) {

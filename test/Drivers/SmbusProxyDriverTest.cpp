@@ -49,10 +49,11 @@ class SmbusProxyDriverTest : public testing::Test {
  protected:
   SmbusProxyDriverTest() { device->ham = &ham; }
 
-  // Proxies have no destructor to be deleted by; as in the library, they stay.
+  // Replaces the one before.
   SmbusProxy& newProxy(Drivers::ArgMap settings = {}) {
     args.driverArgs = std::move(settings);
-    return *device->newSmbusProxy(args);
+    proxy_.reset(static_cast<SmbusProxyDriver::SmbusProxy*>(device->newSmbusProxy(args)));
+    return *proxy_;
   }
 
   SmbusProxy& newWaitingProxy() {
@@ -62,6 +63,9 @@ class SmbusProxyDriverTest : public testing::Test {
   Drivers::DriverArgs args;
   Doubles::ScriptedHam ham;
   std::unique_ptr<Component::HardwareDevice> device{SmbusProxyDriver::create(args, &ham)};
+
+ private:
+  std::unique_ptr<SmbusProxyDriver::SmbusProxy> proxy_;  // its interface has no destructor
 };
 
 // Every operation that is offered: what it asks of the HAM, the call, with whether its outputs are

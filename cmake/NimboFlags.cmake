@@ -31,6 +31,10 @@ target_compile_options(nimbo_flags INTERFACE
 if(NIMBO_SANITIZE)
   add_compile_options(-fsanitize=${NIMBO_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)
+  # g++ 12 takes the sanitizers' own code in the library's headers for reads of uninitialised
+  # members.
+  target_compile_options(nimbo_flags INTERFACE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${NIMBO_SANITIZE})
 endif()
 

@@ -20,8 +20,13 @@ void append(Bytes& bytes, std::string_view text) {
   bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
+// A text stands for its characters here even if it looks like a number, as a serial number does.
 Bytes bytesOf(const Item& item) {
   Bytes bytes;
+  if (item.value.IsString()) {
+    append(bytes, item.text());
+    return bytes;
+  }
   for (const uint32_t number : item.numbers(UINT8_MAX)) {
     bytes.push_back(static_cast<uint8_t>(number));
   }

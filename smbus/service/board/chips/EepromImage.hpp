@@ -4,9 +4,10 @@
 //
 // Settings, at most one of
 //   "file"      a file with the bytes, relative to the board file
-//   "contents"  { offset: value }; a list or a text fills the bytes from there on
-//   "tlvInfo"   { type: value }, the ONIE TlvInfo format, in the order given; the checksum (type
-//               0xFE) is added
+//   "contents"  { offset: value }; a list or a text fills the bytes from there on, and a text
+//               stands for its characters, even "12"
+//   "tlvInfo"   { type: value }, values likewise: the ONIE TlvInfo format, in the order given;
+//               the checksum (type 0xFE) is added
 //   "fru"       a product info area of the IPMI FRU format (Platform Management FRU 1.0):
 //               "manufacturer", "name", "part", "version", "serial"
 #pragma once

@@ -8,7 +8,8 @@
 //   "width"        8 or 16 bits (8)
 //   "byteOrder"    "big" or "little": which byte of a wide register comes first ("big")
 //   "fill"         what every register holds at first (0)
-//   "registers"    { register: value }; a list or a text fills the registers from there on
+//   "registers"    { register: value }; a list fills the registers from there on, and so do the
+//                  characters of a text that is no number
 //   "readOnly"     registers that writes leave alone: [ "0x10", "0x20-0x2F" ]
 //
 // Pins: "in1.13" shows its level in bit 13 of register 1, whatever is written there; "out1.14"

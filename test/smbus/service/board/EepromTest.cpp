@@ -110,6 +110,15 @@ TEST_F(EepromTest, TlvInfoHasItsHeaderAndChecksum) {
                            'P', 'N', 0x23, 2,   'S', '1', 0xFE, 4, 0xD8, 0xE6, 0xAB, 0xC5, 0xFF}));
 }
 
+TEST_F(EepromTest, ATextThatLooksLikeANumberIsStillAText) {
+  loadEeprom(", 'contents': {'0': '0042', '4': 42, '5': ['0x2A', 7]}");
+  EXPECT_EQ(readMany(kEeprom, 0, 7), 0);
+  EXPECT_EQ(answer, (Bytes{'0', '0', '4', '2', 42, 42, 7}));
+  loadEeprom(", 'tlvInfo': {'0x23': '12345'}");
+  EXPECT_EQ(readMany(kEeprom, 11, 7), 0);
+  EXPECT_EQ(answer, (Bytes{0x23, 5, '1', '2', '3', '4', '5'}));
+}
+
 TEST_F(EepromTest, AFruHasItsProductArea) {
   loadEeprom(", 'fru': {'manufacturer': 'ACME', 'name': 'PS-1', 'part': '12', 'serial': 'S123'}");
   EXPECT_EQ(readMany(kEeprom, 0, 40), 0);

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <memory>
 
 #include "Ham/SimHam.hpp"
 #include "Utils/NotImplemented.hpp"
@@ -325,7 +326,8 @@ TEST_F(CreateHam, TakesTheSimulationWheneverThatIsOn) {
   ::setenv("SIMULATION_VMID", "", 1);
   load("NoSuchHam");
   args.did = 5;
-  EXPECT_NE(dynamic_cast<Ham::SimHam*>(Ham::createHam(args)), nullptr);
+  const std::unique_ptr<Ham::SimHam> made(dynamic_cast<Ham::SimHam*>(Ham::createHam(args)));
+  EXPECT_NE(made, nullptr);
   EXPECT_TRUE(host().traced(0, "creating SimHam HAM using topology information"));
 }
 

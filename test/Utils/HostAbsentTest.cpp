@@ -3,6 +3,8 @@
 // The library in a process that has none of the host's services.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "Components/Led.hpp"
 #include "Drivers/Halvorsa/HalvorsaPsoc.hpp"
 #include "Ham/SimHam.hpp"
@@ -27,10 +29,11 @@ TEST(HostAbsent, HasNoTimers) {
 
 TEST(HostAbsent, StopsADeviceThatPolls) {
   const Drivers::DriverArgs args;
-  auto* device = Drivers::HalvorsaPsoc::create(args, nullptr);
-  device->ham = Ham::SimHam::create(Topology::Topology(), args);
+  const std::unique_ptr<Ham::SimHam> ham(Ham::SimHam::create(Topology::Topology(), args));
+  const std::unique_ptr<Component::HardwareDevice> device(
+      Drivers::HalvorsaPsoc::create(args, nullptr));
+  device->ham = ham.get();
   EXPECT_CHECK(device->init(), "Drivers/Halvorsa/HalvorsaPsoc", "pollStart()");
-  delete device;
 }
 
 TEST(HostAbsent, StopsALedThatBlinks) {

@@ -52,7 +52,7 @@ std::string boardPath(const Options& options) {
 }
 
 std::string libraryPath(const Options& options) {
-  return firstOf(options.library, "NIMBO_LIBRARY", kLibraryName);
+  return firstOf(options.driverLibrary, "NIMBO_LIBRARY", kLibraryName);
 }
 
 void prepareEnvironment(const Options& options) {

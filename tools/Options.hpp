@@ -11,7 +11,7 @@ namespace Nimbo {
 
 struct Options {
   std::string board;                // empty: the installed one
-  std::string library;              // empty: the installed one
+  std::string driverLibrary;        // empty: the installed one
   std::string simulationDirectory;  // empty: the library's own choice
   int traceLevel = Trace::kNothing;
   bool live = false;

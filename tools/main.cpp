@@ -31,7 +31,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("--board", options.board,
                  "Board description, a JSON file (default: NIMBO_BOARD, or the installed one)")
       ->type_name("FILE");
-  app.add_option("--library", options.library,
+  app.add_option("--library", options.driverLibrary,
                  "Driver library (default: NIMBO_LIBRARY, or the installed one)")
       ->type_name("PATH");
   app.add_flag("--live", options.live, "Drive the hardware, through the SMBus service");

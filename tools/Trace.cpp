@@ -58,7 +58,7 @@ std::string Trace::reason() const {
   size_t lines = 0;
   for (auto line = kept_.rbegin(); line != kept_.rend() && lines < kReason; ++line) {
     if (line->level == kSevere && (isWarning(line->text) || !warned)) {
-      reason = reason.empty() ? line->text : line->text + "; " + reason;
+      reason.insert(0, reason.empty() ? line->text : line->text + "; ");
       ++lines;
     }
   }

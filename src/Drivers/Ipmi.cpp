@@ -202,7 +202,7 @@ Component::LogicalDevice::Slot* Ipmi::newSlot(const DriverArgs& args) {
 }
 
 pl_status Ipmi::FanSlot::getPresence(char** fdl) {
-  CHECK(fruKey_ != "");
+  CHECK_TEXT(!fruKey_.empty(), "fruKey_ != \"\"");
   bool present;
   const pl_status status = owner_->ham_->fanPresence(fruKey_, &present);
   if (status != PL_STATUS_OK) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Ham/NimboSmbusHam.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -63,10 +64,10 @@ void NimboSmbusHam::prepare() {
 }
 
 int NimboSmbusHam::execute() {
-  for (auto mux = muxes.rbegin(); mux != muxes.rend(); ++mux) {
-    const AtMux at(*this, **mux);
-    (*mux)->resetRequest(this);
-  }
+  std::for_each(muxes.rbegin(), muxes.rend(), [this](Component::LogicalDevice::Mux* mux) {
+    const AtMux at(*this, *mux);
+    mux->resetRequest(this);
+  });
   TRACE(4, "executing NimboSmbusHam request");
   if (retryCountSet) {
     request_.set_retrycount(retryCount);

@@ -3,6 +3,7 @@
 // What the client makes of the bytes that come back. The first byte of the input is the size of
 // the pieces in which the service sends the rest (0: all at once); then it hangs up. The call must
 // end as the bytes say, and give back exactly the message that they hold.
+#include <google/protobuf/stubs/logging.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -37,6 +38,7 @@ std::string directory;  // of the service's socket, for this process's life
 class Service {
  public:
   Service() {
+    google::protobuf::SetLogHandler(nullptr);  // its remarks on texts that are no UTF-8
     directory = std::filesystem::temp_directory_path() / "nimbo-fuzz-XXXXXX";
     require(::mkdtemp(directory.data()) != nullptr, "mkdtemp");
     std::atexit([] { std::filesystem::remove_all(directory); });

@@ -9,18 +9,28 @@
 // character, so a check takes its text explicitly. CHECK is for the texts that are plain source.
 #pragma once
 
+#include <source_location>
+
 namespace Utils {
 
-// A place in the source: by default that of the function call in whose arguments it stands.
+// A place in the source: by default that of the function call in whose arguments it stands. The
+// function is its whole signature where the compiler gives that to others than itself, as CHECK's
+// is; clang 14 gives the bare name.
 struct Place {
   const char* file;
   unsigned line;
   const char* function;
 
+#ifdef __cpp_lib_source_location
+  static constexpr Place here(std::source_location at = std::source_location::current()) {
+    return {at.file_name(), at.line(), at.function_name()};
+  }
+#else
   static constexpr Place here(const char* file = __builtin_FILE(), unsigned line = __builtin_LINE(),
                               const char* function = __builtin_FUNCTION()) {
     return {file, line, function};
   }
+#endif
 };
 
 // Prints the line above and aborts.

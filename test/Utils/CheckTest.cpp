@@ -17,6 +17,18 @@ TEST(Check, NamesFileLineFunctionAndText) {
                                                "Assertion `value ( is ) 0' failed.\n"));
 }
 
+// As a reader of arguments does: the place is its caller's.
+void failFor(const Utils::Place& place = Utils::Place::here()) { Utils::checkFailed("it", place); }
+
+constexpr int kCallerLine = __LINE__ + 1;
+void callReader(int) { failFor(); }
+
+TEST(Check, NamesTheCallerOfAReaderAsItsOwnCheckWould) {
+  EXPECT_DEATH(callReader(1),
+               testing::HasSubstr("test/Utils/CheckTest.cpp:" + std::to_string(kCallerLine) +
+                                  ": void {anonymous}::callReader(int): Assertion `it' failed.\n"));
+}
+
 TEST(Check, TakesItsConditionAsText) {
   const int it = 1;
   EXPECT_CHECK(CHECK(it == 2 && "why"), "test/Utils/CheckTest", "it == 2 && \"why\"");

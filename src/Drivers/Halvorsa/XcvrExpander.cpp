@@ -85,17 +85,16 @@ pl_status XcvrExpander::getXcvrBit(const XcvrBits& bits, uint8_t offset, int* va
   return PL_STATUS_OK;
 }
 
+// The write-back follows also a change that could not be made, whose status then counts.
 pl_status XcvrExpander::setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) {
   const auto bit = static_cast<uint8_t>(bits.base + offset);
-  if (const pl_status status = writeBit(bits.reg, bit, value)) {
-    return status;
-  }
-  const pl_status status = save();
-  if (status != PL_STATUS_OK) {
+  const pl_status written = writeBit(bits.reg, bit, value);
+  const pl_status saved = save();
+  if (saved != PL_STATUS_OK) {
     TRACE(0, "%s bitset() failed on Bank %d Bit %d!", kind_.name, bits.reg,
           tracedBit(bits, offset));
   }
-  return status;
+  return written != PL_STATUS_OK ? written : saved;
 }
 
 // Ports 49 and 51 hold a module, awake and out of reset; outputs as they stand after that.

@@ -249,6 +249,7 @@ TEST_F(Pca9555Cages, ReportOutputsThatCannotBeReadAndWriteNothing) {
   EXPECT_EQ(qsfp(52)->setReset(1), 6);
   EXPECT_THAT(fake_.batches(), IsEmpty());
   EXPECT_THAT(host().texts(0), ElementsAre("Error: status 6 while reading output bank 1"));
+  EXPECT_EQ(host().traces.back(), (Trace{5, "GPIOExpander::save"}));
 }
 
 // All that a driver's simulated registers hold.
@@ -411,6 +412,7 @@ TEST_F(SfpCages, ReportOutputsThatCannotBeReadAndWriteNothing) {
   EXPECT_EQ(sfp(4)->setTxDisable(1), 4);
   EXPECT_THAT(fake_.batches(), IsEmpty());
   EXPECT_THAT(host().texts(0), ElementsAre("Error: status 4 while reading output bank 1"));
+  EXPECT_EQ(host().traces.back(), (Trace{5, "GPIOExpander::save"}));
 }
 
 TEST_F(SfpCages, HoldAModuleWithLightInTheFirstPortOfEachBankInSimulation) {

@@ -27,11 +27,12 @@ constexpr const char* kUnit = "Drivers/GPIOExpander";
 constexpr const char* kBankText = "n <= numBanks_";
 constexpr const char* kBitText = "bit <= 7";
 
-// Inputs from register 0, outputs from 2, directions from 6, as on a PCA9555.
+// Registers as on a PCA9555 unless said otherwise.
 class Chip : public Drivers::GPIOExpander {
  public:
-  explicit Chip(Ham::Ham* access, int32_t banks = 2, uint32_t timeout = 2)
-      : GPIOExpander(banks, timeout, 0, 2, 6) {
+  explicit Chip(Ham::Ham* access, int32_t banks = 2, uint32_t timeout = 2, uint8_t inputs = 0,
+                uint8_t outputs = 2, uint8_t directions = 6)
+      : GPIOExpander(banks, timeout, inputs, outputs, directions) {
     ham = access;
   }
   using GPIOExpander::configure;
@@ -325,11 +326,7 @@ TEST_F(Expander, ReportsPendingOutputsThatCannotBeConfigured) {
 
 TEST(ExpanderOf5Banks, FindsEachKindOfBankFromItsBase) {
   FakeHam fake;
-  class Wide : public Drivers::GPIOExpander {
-   public:
-    Wide() : GPIOExpander(5, 2, 0x10, 0x20, 0x30) {}
-  } chip;
-  chip.ham = &fake;
+  Chip chip(&fake, 5, 2, 0x10, 0x20, 0x30);
   fake.set8(0x14, 0x01);
   fake.set8(0x24, 0x02);
   uint8_t value = 0;
@@ -346,11 +343,7 @@ TEST(ExpanderOf5Banks, FindsEachKindOfBankFromItsBase) {
 
 TEST(ExpanderAtTheTop, KeepsRegistersIn8Bits) {
   FakeHam fake;
-  class Top : public Drivers::GPIOExpander {
-   public:
-    Top() : GPIOExpander(2, 2, 0xFF, 0xFF, 0xFF) {}
-  } chip;
-  chip.ham = &fake;
+  Chip chip(&fake, 2, 2, 0xFF, 0xFF, 0xFF);
   fake.set8(0x00, 0x5A);
   uint8_t value = 0;
   EXPECT_EQ(chip.getInBank(1, &value), 0);

@@ -1,16 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Checks every signal of a transceiver cage against the bits of its chip.
+// Transceiver cages for tests, and a check of every signal against the bits of the chip.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
+#include "Components/DeviceBase.hpp"
 #include "Components/Xcvr.hpp"
+#include "test/support/Host.hpp"
 
 namespace Doubles {
+
+// A cage of a device; the traces of its making are forgotten.
+inline std::unique_ptr<Component::LogicalDevice::SfpXcvr> newSfp(Component::DeviceBase& device,
+                                                                 unsigned id) {
+  std::unique_ptr<Component::LogicalDevice::SfpXcvr> cage(device.newSfpXcvr(id, {}));
+  EXPECT_EQ(cage->id, id);
+  host().traces.clear();
+  return cage;
+}
+inline std::unique_ptr<Component::LogicalDevice::QsfpXcvr> newQsfp(Component::DeviceBase& device,
+                                                                   unsigned id) {
+  std::unique_ptr<Component::LogicalDevice::QsfpXcvr> cage(device.newQsfpXcvr(id, {}));
+  EXPECT_EQ(cage->id, id);
+  host().traces.clear();
+  return cage;
+}
 
 // A signal besides presence: which of the port's bits it is, and its value while that bit is set.
 template <class Xcvr>

@@ -23,10 +23,12 @@ using Doubles::made;
 using Doubles::Operations;
 using Doubles::ScriptedHam;
 using Doubles::settings;
+using Doubles::simulatedBytes;
 using Doubles::Trace;
 using Drivers::HalvPsuPCA9555;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 namespace Op = Doubles::Op;
 
@@ -75,15 +77,8 @@ TEST(PsuExpanderStart, ReportsResetsThatCannotBeWritten) {
 
 TEST(PsuExpanderStart, HasItsSimulatedRegisters) {
   FakeHam fake;
-  const auto device = made<HalvPsuPCA9555>(fake);
-  ASSERT_EQ(device->expectedValues(), &HalvPsuPCA9555::values);
-  ASSERT_EQ(HalvPsuPCA9555::values.size(), 2u);
-  for (const auto& [reg, value] : {std::pair{0u, 0x34u}, {3u, 0x40u}}) {
-    const Utils::ExpectedVal& simulated = HalvPsuPCA9555::values.at(reg);
-    EXPECT_TRUE(simulated.isNumber());
-    EXPECT_EQ(simulated.val(), value) << "register " << reg;
-    EXPECT_EQ(simulated.size(), 1u);
-  }
+  EXPECT_EQ(made<HalvPsuPCA9555>(fake)->expectedValues(), &HalvPsuPCA9555::values);
+  EXPECT_THAT(simulatedBytes(HalvPsuPCA9555::values), ElementsAre(Pair(0, 0x34), Pair(3, 0x40)));
 }
 
 class PsuExpander : public testing::Test {

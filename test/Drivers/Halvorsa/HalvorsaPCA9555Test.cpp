@@ -35,11 +35,13 @@ using Doubles::made;
 using Doubles::Operations;
 using Doubles::ScriptedHam;
 using Doubles::settings;
+using Doubles::simulatedBytes;
 using Doubles::Trace;
 using Drivers::ArgMap;
 using Drivers::HalvorsaPCA9555;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 namespace Op = Doubles::Op;
 
@@ -68,18 +70,11 @@ TEST(TrayExpanderStart, WantsBothDirections) {
 }
 
 TEST(TrayExpanderStart, HasItsSimulatedRegisters) {
-  struct Row {
-    unsigned reg;
-    uint64_t value;
-  };
-  constexpr Row kRows[] = {{0, 0x8B}, {1, 0x0F}, {3, 0x8F}};
-  ASSERT_EQ(HalvorsaPCA9555::values.size(), std::size(kRows));
-  for (const Row& row : kRows) {
-    const Utils::ExpectedVal& simulated = HalvorsaPCA9555::values.at(row.reg);
-    EXPECT_TRUE(simulated.isNumber());
-    EXPECT_EQ(simulated.val(), row.value) << "register " << row.reg;
-    EXPECT_EQ(simulated.size(), 1u);
-  }
+  FakeHam fake;
+  const auto device = made<HalvorsaPCA9555>(fake, {{"bank-io-0", "0"}, {"bank-io-1", "0"}});
+  EXPECT_EQ(device->expectedValues(), &HalvorsaPCA9555::values);
+  EXPECT_THAT(simulatedBytes(HalvorsaPCA9555::values),
+              ElementsAre(Pair(0, 0x8B), Pair(1, 0x0F), Pair(3, 0x8F)));
 }
 
 class TrayExpander : public testing::Test {

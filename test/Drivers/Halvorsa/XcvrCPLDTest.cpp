@@ -25,6 +25,7 @@ using Doubles::host;
 using Doubles::made;
 using Doubles::Operations;
 using Doubles::ScriptedHam;
+using Doubles::simulatedBytes;
 using Doubles::Trace;
 using Drivers::DriverArgs;
 using Drivers::HalvorsaQCPLD;
@@ -32,6 +33,7 @@ using Drivers::HalvorsaYCPLD;
 using Drivers::HalvorsaZCPLD;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 namespace Op = Doubles::Op;
 
@@ -97,18 +99,8 @@ class Cpld : public testing::Test {
   }
   uint16_t held(uint8_t reg) { return onBus(fake_.value16(reg)); }
 
-  std::unique_ptr<SfpXcvr> sfp(unsigned id) {
-    std::unique_ptr<SfpXcvr> cage(device_->newSfpXcvr(id, DriverArgs()));
-    EXPECT_EQ(cage->id, id);
-    host().traces.clear();
-    return cage;
-  }
-  std::unique_ptr<QsfpXcvr> qsfp(unsigned id) {
-    std::unique_ptr<QsfpXcvr> cage(device_->newQsfpXcvr(id, DriverArgs()));
-    EXPECT_EQ(cage->id, id);
-    host().traces.clear();
-    return cage;
-  }
+  std::unique_ptr<SfpXcvr> sfp(unsigned id) { return Doubles::newSfp(*device_, id); }
+  std::unique_ptr<QsfpXcvr> qsfp(unsigned id) { return Doubles::newQsfp(*device_, id); }
 
   CageRegister bitsAt(const Place& place) {
     return {0xFFFF, place.lowest,
@@ -461,14 +453,9 @@ TEST_F(QCpld, StopsOnAQsfpThatIsNone) {
 }
 
 TEST_F(QCpld, HasItsSimulatedRegisters) {
-  ASSERT_EQ(device_->expectedValues(), &HalvorsaQCPLD::values);
-  ASSERT_EQ(HalvorsaQCPLD::values.size(), 4u);
-  for (const unsigned reg : {1u, 2u, 3u, 4u}) {
-    const Utils::ExpectedVal& simulated = HalvorsaQCPLD::values.at(reg);
-    EXPECT_TRUE(simulated.isNumber());
-    EXPECT_EQ(simulated.val(), 0u);
-    EXPECT_EQ(simulated.size(), 1u);
-  }
+  EXPECT_EQ(device_->expectedValues(), &HalvorsaQCPLD::values);
+  EXPECT_THAT(simulatedBytes(HalvorsaQCPLD::values),
+              ElementsAre(Pair(1, 0), Pair(2, 0), Pair(3, 0), Pair(4, 0)));
 }
 
 }  // namespace

@@ -29,6 +29,7 @@ using Doubles::made;
 using Doubles::Operations;
 using Doubles::ScriptedHam;
 using Doubles::settings;
+using Doubles::simulatedBytes;
 using Doubles::Trace;
 using Drivers::DriverArgs;
 using Drivers::HalvorsaPCA9698;
@@ -97,18 +98,9 @@ class CageExpander : public testing::Test {
  protected:
   CageExpander() { host().traces.clear(); }
 
-  std::unique_ptr<SfpXcvr> sfp(unsigned id) {
-    std::unique_ptr<SfpXcvr> cage(device_->newSfpXcvr(id, DriverArgs()));
-    EXPECT_EQ(cage->id, id);
-    host().traces.clear();
-    return cage;
-  }
-  std::unique_ptr<QsfpXcvr> qsfp(unsigned id) {
-    std::unique_ptr<QsfpXcvr> cage(device_->newQsfpXcvr(id, DriverArgs()));
-    EXPECT_EQ(cage->id, id);
-    host().traces.clear();
-    return cage;
-  }
+  std::unique_ptr<SfpXcvr> sfp(unsigned id) { return Doubles::newSfp(*device_, id); }
+  std::unique_ptr<QsfpXcvr> qsfp(unsigned id) { return Doubles::newQsfp(*device_, id); }
+
   // Inputs and outputs of a port are set together; each query comes when the cache is too old.
   CageRegister bitsAt(const Place& place) {
     return {0xFF, place.lowest,
@@ -128,6 +120,17 @@ class CageExpander : public testing::Test {
   LibraryClock clock_;
   std::unique_ptr<Driver> device_ = made<Driver>(faulty_, argsOf<Driver>());
 };
+
+// The traces of the cages' operations, without those of the expander.
+std::vector<std::string> operations() {
+  std::vector<std::string> found;
+  for (const std::string& text : host().texts(5)) {
+    if (text.find("(): ") != std::string::npos) {
+      found.push_back(text);
+    }
+  }
+  return found;
+}
 
 // HalvSPCA9555.
 
@@ -205,13 +208,7 @@ TEST_F(Pca9555Cages, TraceEachOperationWithTheirIndex) {
   cage->getInterrupt(&value);
   cage->getModSel(&value);
   cage->setModSel(1);
-  std::vector<std::string> operations;
-  for (const std::string& text : host().texts(5)) {
-    if (text.find("(): ") != std::string::npos) {
-      operations.push_back(text);
-    }
-  }
-  EXPECT_THAT(operations,
+  EXPECT_THAT(operations(),
               ElementsAre("getPresence(): id=51", "getLpMode(): id=51", "setLpMode(): id=51",
                           "getReset(): id=51", "setReset(): id=51", "getInterrupt(): id=51",
                           "getModSel(): id=51", "setModSel(): id=51"));
@@ -252,12 +249,10 @@ TEST_F(Pca9555Cages, ReportOutputsThatCannotBeReadAndWriteNothing) {
   EXPECT_EQ(host().traces.back(), (Trace{5, "GPIOExpander::save"}));
 }
 
-// All that a driver's simulated registers hold.
+// Puts all that a driver's simulated registers hold.
 void load(FakeHam& fake, const Utils::ExpectedVals& values) {
-  for (const auto& [reg, value] : values) {
-    EXPECT_TRUE(value.isNumber());
-    EXPECT_EQ(value.size(), 1u);
-    fake.set8(reg, static_cast<uint8_t>(value.val()));
+  for (const auto& [reg, value] : simulatedBytes(values)) {
+    fake.set8(reg, value);
   }
 }
 
@@ -352,13 +347,7 @@ TEST_F(SfpCages, TraceEachOperationWithTheirIndex) {
   cage->getRxLos(&value);
   cage->getTxDisable(&value);
   cage->setTxDisable(1);
-  std::vector<std::string> operations;
-  for (const std::string& text : host().texts(5)) {
-    if (text.find("(): ") != std::string::npos) {
-      operations.push_back(text);
-    }
-  }
-  EXPECT_THAT(operations,
+  EXPECT_THAT(operations(),
               ElementsAre("getPresence(): id=10", "getTxFault(): id=10", "getRxLos(): id=10",
                           "getTxDisable(): id=10", "setTxDisable(): id=10"));
 }

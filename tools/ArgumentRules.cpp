@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ArgumentRules.hpp"
 
+#include <algorithm>
 #include <charconv>
-#include <climits>
+#include <iterator>
 #include <optional>
 #include <set>
+#include <sstream>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "config/JsonValue.hpp"
+#include "tools/ArgumentTable.hpp"
 
 namespace Nimbo {
 
@@ -18,40 +22,12 @@ namespace {
 
 using rapidjson::Value;
 
-enum class Need { kRequired, kOptional };
-
-// One argument of one kind of logical device of one driver. A number with its range, or, where
-// `words` is given, one of the words in it (separated by blanks).
-struct Rule {
-  std::string_view driver;  // kAnyDriver: every driver
-  std::string_view kind;
-  const char* key;
-  Need need;
-  long minimum;
-  long maximum;
-  std::string_view words = {};
-};
-
-constexpr std::string_view kAnyDriver = "*";
-
-constexpr Rule kRules[] = {
-    {kAnyDriver, "gpios", "register", Need::kRequired, 0, 255},
-    {kAnyDriver, "gpios", "bitpos", Need::kRequired, 0, 7},
-    {"HalvorsaPsoc", "fans", "fanId", Need::kRequired, 1, 4},
-    {"HalvorsaPsoc", "fans", "registerOffset", Need::kRequired, 0, 3},
-    {"HalvorsaPsoc", "fans", "maxRpm", Need::kRequired, 1, INT_MAX / 100},
-    {"HalvorsaPsoc", "fans", "pwmMaster", Need::kOptional, 0, 0, "true false"},
-    {"HalvorsaPsoc", "temp_sensors", "sensorId", Need::kRequired, 0, 255},
-    {"HalvorsaPsoc", "temp_sensors", "register", Need::kRequired, 0, 255},
-    {"SmbusProxyDriver", "smbus", "localReadDelayMs", Need::kOptional, 0, 10000},
-    {"SmbusProxyDriver", "smbus", "localWriteDelayMs", Need::kOptional, 0, 10000},
-};
-
-bool isFor(const Rule& rule, const std::string& driver) {
-  return rule.driver == driver || rule.driver == kAnyDriver;
+const Value* argument(const ArgumentsOf& arguments, const char* key) {
+  const Value* const own = Config::member(arguments.own, key);
+  return own != nullptr ? own : Config::member(arguments.shared, key);
 }
 
-std::optional<long> number(const Value& value) {
+std::optional<long> numberIn(const Value& value) {
   if (value.IsInt64()) {
     return value.GetInt64();
   }
@@ -64,63 +40,108 @@ std::optional<long> number(const Value& value) {
   return error == std::errc() && rest == end ? std::optional(parsed) : std::nullopt;
 }
 
-std::string word(const Value& value) {
+std::string wordIn(const Value& value) {
   return value.IsString() ? value.GetString()
          : value.IsBool() ? value.IsTrue() ? "true" : "false"
                           : "";
 }
 
-bool isOneOf(const std::string& text, std::string_view words) {
-  return !text.empty() && fmt::format(" {} ", words).find(" " + text + " ") != std::string::npos;
+std::vector<std::string> split(std::string_view words) {
+  std::istringstream stream{std::string(words)};
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
-bool fits(const Rule& rule, const Value& value) {
-  if (!rule.words.empty()) {
-    return isOneOf(word(value), rule.words);
+bool isOneOf(const std::string& word, std::string_view words) {
+  const auto known = split(words);
+  return std::ranges::find(known, word) != known.end();
+}
+
+bool holdsAll(const std::string& text, std::string_view words) {
+  return std::ranges::all_of(
+      split(words), [&](const std::string& word) { return text.find(word) != std::string::npos; });
+}
+
+bool fits(const Form& form, const Value& value) {
+  switch (form.sort) {
+    case Form::Sort::kNumber: {
+      const std::optional<long> given = numberIn(value);
+      return given && *given >= form.minimum && *given <= form.maximum;
+    }
+    case Form::Sort::kWord:
+      return isOneOf(wordIn(value), form.words);
+    case Form::Sort::kText:
+      return value.IsString();
+    case Form::Sort::kTemplate:
+      return value.IsString() && holdsAll(value.GetString(), form.words);
   }
-  const std::optional<long> given = number(value);
-  return given && *given >= rule.minimum && *given <= rule.maximum;
+  return false;
 }
 
-std::string expectation(const Rule& rule) {
-  return rule.words.empty() ? fmt::format("a number from {} to {}", rule.minimum, rule.maximum)
-                            : fmt::format("one of the words {}", rule.words);
+std::string expectation(const Form& form) {
+  switch (form.sort) {
+    case Form::Sort::kNumber:
+      return fmt::format("a number from {} to {}", form.minimum, form.maximum);
+    case Form::Sort::kWord:
+      return fmt::format("one of the words {}", form.words);
+    case Form::Sort::kText:
+      return "a text";
+    case Form::Sort::kTemplate:
+      return fmt::format("a text with each of {}", form.words);
+  }
+  return "";
+}
+
+// The rows of a driver, which hide those for any driver.
+std::vector<Rule> rulesOf(std::string_view driver, std::string_view kind) {
+  std::vector<Rule> rules;
+  for (const Rule& rule : argumentRules()) {
+    if (rule.driver == driver && rule.kind == kind) {
+      rules.push_back(rule);
+    }
+  }
+  return rules.empty() && driver != kAnyDriver ? rulesOf(kAnyDriver, kind) : rules;
+}
+
+bool concerns(const Rule& rule, const ArgumentsOf& arguments) {
+  const Value* const type = argument(arguments, "type");
+  return rule.types.empty() || (type != nullptr && isOneOf(wordIn(*type), rule.types));
+}
+
+std::set<std::string_view> kindsOf(std::string_view driver) {
+  std::set<std::string_view> kinds;
+  for (const Rule& rule : argumentRules()) {
+    if (rule.driver == driver || rule.driver == kAnyDriver) {
+      kinds.insert(rule.kind);
+    }
+  }
+  return kinds;
 }
 
 std::vector<Rule> rulesFor(const Config::JsonFile& file, const ArgumentsOf& arguments) {
-  std::vector<Rule> rules;
-  std::set<std::string_view> kinds;
-  for (const Rule& rule : kRules) {
-    if (isFor(rule, arguments.driver)) {
-      kinds.insert(rule.kind);
-      if (rule.kind == arguments.kind) {
-        rules.push_back(rule);
-      }
-    }
-  }
+  const std::vector<Rule> rules = rulesOf(arguments.driver, arguments.kind);
   if (rules.empty()) {
     file.fail(arguments.pointer + "/device",
               fmt::format("the driver {} of this device has no {}; it has {}", arguments.driver,
-                          arguments.kind, fmt::join(kinds, ", ")));
+                          arguments.kind, fmt::join(kindsOf(arguments.driver), ", ")));
   }
   return rules;
 }
 
 void checkOne(const Config::JsonFile& file, const ArgumentsOf& arguments, const Rule& rule) {
   const Value* const own = Config::member(arguments.own, rule.key);
-  const Value* const value = own != nullptr ? own : Config::member(arguments.shared, rule.key);
+  const Value* const value = argument(arguments, rule.key);
   if (value == nullptr) {
     if (rule.need == Need::kRequired) {
       file.fail(arguments.pointer, fmt::format("the argument \"{}\" is missing in \"args\"; the "
                                                "driver {} expects {}",
-                                               rule.key, arguments.driver, expectation(rule)));
+                                               rule.key, arguments.driver, expectation(rule.form)));
     }
     return;
   }
-  if (!fits(rule, *value)) {
+  if (!fits(rule.form, *value)) {
     file.fail(own != nullptr ? Config::pointerTo(arguments.pointer + "/args", rule.key)
                              : arguments.pointer,
-              fmt::format("the argument \"{}\" must be {}", rule.key, expectation(rule)));
+              fmt::format("the argument \"{}\" must be {}", rule.key, expectation(rule.form)));
   }
 }
 
@@ -150,7 +171,9 @@ void checkArguments(const Config::JsonFile& file, const ArgumentsOf& arguments) 
     checkKnown(file, arguments, rules);
   }
   for (const Rule& rule : rules) {
-    checkOne(file, arguments, rule);
+    if (concerns(rule, arguments)) {
+      checkOne(file, arguments, rule);
+    }
   }
 }
 

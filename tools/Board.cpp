@@ -29,6 +29,15 @@ void set(Document& document, Value& object, const Value& name, const Value& valu
   object.AddMember(Value(name, allocator), Value(value, allocator), allocator);
 }
 
+// Null: nothing to set.
+void setAll(Document& document, Value& object, const Value* members) {
+  if (members != nullptr) {
+    for (const auto& each : members->GetObject()) {
+      set(document, object, each.name, each.value);
+    }
+  }
+}
+
 }  // namespace
 
 Board::Board(Config::JsonFile file)
@@ -59,7 +68,7 @@ std::vector<Entry> Board::entries(const std::string& kind) const {
   return entries;
 }
 
-std::string Board::description(const Entry& entry) const {
+std::string Board::description(const Entry& entry, const Value* further) const {
   Document document;
   document.CopyFrom(*entry.device->node, document.GetAllocator());
   auto& allocator = document.GetAllocator();
@@ -69,11 +78,8 @@ std::string Board::description(const Entry& entry) const {
   if (!document.HasMember("driverArgs")) {
     document.AddMember("driverArgs", Value(rapidjson::kObjectType), allocator);
   }
-  if (const Value* const arguments = member(entry.node, "args")) {
-    for (const auto& argument : arguments->GetObject()) {
-      set(document, document["driverArgs"], argument.name, argument.value);
-    }
-  }
+  setAll(document, document["driverArgs"], member(entry.node, "args"));
+  setAll(document, document["driverArgs"], further);
   return Config::jsonText(document);
 }
 

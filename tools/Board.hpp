@@ -45,7 +45,8 @@ class Board {
 
   // What pl_X_add takes: the topology's device with the entry's arguments merged over its own, and
   // the device's label as the name of its simulation file, which all entries of a device share.
-  std::string description(const Entry& entry) const;
+  // Members of `further` win over both.
+  std::string description(const Entry& entry, const rapidjson::Value* further = nullptr) const;
 
   Config::Place place(const Entry& entry) const { return file_->placeOf(entry.pointer); }
 

@@ -46,10 +46,10 @@ Observation observe(const Device& device) {
       reading = column.read(device.record, device.entry);
       return reading.status;
     });
-    if (!outcome.ok()) {
+    if (outcome.failed()) {
       reading.value = {};
     }
-    if (!outcome.ok() && observation.outcome.ok()) {
+    if (!outcome.ok() && !observation.outcome.failed()) {
       observation.outcome = outcome;
     }
     observation.readings.push_back(std::move(reading));

@@ -39,7 +39,7 @@ Device addDevice(const Library& library, const Board& board, const Kind& kind, c
 struct Observation {
   const Device* device;
   std::vector<Reading> readings;
-  Outcome outcome;  // the first column's that failed
+  Outcome outcome;  // the first column's that failed, or else one's that found nothing there
 
   Verdict verdict() const;
   // "OK", "FAULT" ..., "ERROR" when there is no status.

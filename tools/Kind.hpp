@@ -16,7 +16,7 @@ namespace Nimbo {
 
 using Value = std::variant<std::monostate, bool, double, std::string>;
 
-// What was read of a device: a status, and a value if it is PL_STATUS_OK.
+// What was read of a device: a status, and a value if it is no failure.
 struct Reading {
   pl_status status = PL_STATUS_OK;
   Value value;

@@ -9,7 +9,7 @@ namespace Nimbo {
 
 namespace {
 
-constexpr std::array kAll = {&kFans, &kTempSensors, &kGpios};
+constexpr std::array kAll = {&kFans, &kTempSensors, &kSlots, &kLeds, &kXcvrs, &kGpios};
 
 }  // namespace
 

@@ -12,6 +12,14 @@ namespace {
 using Nimbo::Board;
 using Nimbo::Entry;
 
+// A fan-tray expander, and a transceiver CPLD that serves both types of port.
+constexpr const char* kPanel = R"([
+  {"did": 7, "label": "FanPCA", "driver": "HalvorsaPCA9555", "address": {"address": 32},
+   "driverArgs": {"bank-io-0": 255, "bank-io-1": 15}},
+  {"did": 8, "label": "CPLD", "driver": "HalvQCPLD", "address": {"address": 96}},
+  {"did": 9, "label": "Pins", "driver": "GenericPCA9555", "address": {"address": 33},
+   "driverArgs": {"bank-io-0": 255, "bank-io-1": 0}}])";
+
 constexpr const char* kDevices = R"([
   {"did": 7, "label": "PSoC", "driver": "HalvorsaPsoc", "address": {"address": 78},
    "driverArgs": {"maxRpm": 20000, "registerOffset": 3}, "components": [{"uid": 9}]},
@@ -43,6 +51,9 @@ TEST(Board, InstalledBoardIsSound) {
   EXPECT_STREQ(halvorsa.name(), "Halvorsa");
   EXPECT_EQ(halvorsa.entries("fans").size(), 4U);
   EXPECT_EQ(halvorsa.entries("temp_sensors").size(), 6U);
+  EXPECT_EQ(halvorsa.entries("xcvrs").size(), 62U);
+  EXPECT_EQ(halvorsa.entries("slots").size(), 4U);
+  EXPECT_EQ(halvorsa.entries("leds").size(), 7U);
 }
 
 TEST(Board, TopologyIsTheFilesOwn) {
@@ -204,6 +215,59 @@ TEST(Board, UnknownArgumentIsRefusedAtItsKey) {
 "fans": [{"name": "fan1", "device": "PSoC", "args": {"fanID": 1}}])")),
             "f:5:54: unknown argument \"fanID\"; the driver HalvorsaPsoc takes fanId, maxRpm, "
             "pwmMaster, registerOffset for fans");
+}
+
+TEST(Board, TemplateWithoutItsPlaceholdersIsRefused) {
+  EXPECT_EQ(message(board(kPanel, R"(, "slots": [{"name": "tray1", "device": "FanPCA",
+              "args": {"fanId": 1, "fanFdl": "{modelName} {maxRpm}", "rpmF2B": 1, "rpmB2F": 1,
+                       "modelName": "T"}}])")),
+            "the argument \"fanFdl\" must be a text with each of {airflowDirection} {maxRpm} "
+            "{modelName}");
+}
+
+TEST(Board, TextMustBeAText) {
+  EXPECT_EQ(message(board(kPanel, R"(, "slots": [{"name": "tray1", "device": "FanPCA",
+              "args": {"fanId": 1, "fanFdl": "{airflowDirection} {modelName} {maxRpm}",
+                       "rpmF2B": 1, "rpmB2F": 1, "modelName": 5}}])")),
+            "the argument \"modelName\" must be a text");
+}
+
+TEST(Board, RangeOfAPortDependsOnItsType) {
+  const auto port = [](const char* args) {
+    return message(board(kPanel, std::string(R"(, "xcvrs": [{"name": "p", "device": "CPLD",
+              "args": )") + args + "}]"));
+  };
+  EXPECT_EQ(port(R"({"type": "sfp", "id": 48})"), "none");
+  EXPECT_EQ(port(R"({"type": "qsfp", "id": 32})"), "none");
+  EXPECT_EQ(port(R"({"type": "qsfp", "id": 33})"),
+            "the argument \"id\" must be a number from 1 to 32");
+  EXPECT_EQ(port(R"({"id": 33})"),
+            "the argument \"type\" is missing in \"args\"; the driver HalvQCPLD expects one of the "
+            "words sfp sfp+ qsfp qsfp+");
+}
+
+TEST(Board, DriverWithLinesOfItsOwnHasNoRegisterBits) {
+  const auto line = [](const char* args) {
+    return message(board(kPanel, std::string(R"(, "gpios": [{"name": "g", "device": "Pins",
+              "args": )") + args + "}]"));
+  };
+  EXPECT_EQ(line(R"({"bank": 1, "bit": 7})"), "none");
+  EXPECT_THAT(line(R"({"register": 1, "bitpos": 0})"),
+              testing::StartsWith("unknown argument \"register\"; the driver GenericPCA9555 takes "
+                                  "bank, bank-io-0, bank-io-1, bit, "));
+}
+
+TEST(Board, LampIsALineOfItsLedsDevice) {
+  const Board parsed = Board::parse("f", board(kPanel, R"(, "leds": [{"name": "tray1",
+      "device": "FanPCA", "args": {"id": 1},
+      "lamps": [{"colour": "amber", "register": 3, "bitpos": 4}]}])"));
+  const Entry led = parsed.entries("leds").at(0);
+  rapidjson::Document text;
+  text.Parse(parsed.description(led, &(*led.node)["lamps"][0]).c_str());
+  EXPECT_EQ(text["did"].GetInt(), 7);
+  EXPECT_EQ(text["driverArgs"]["bank-io-1"].GetInt(), 15);
+  EXPECT_EQ(text["driverArgs"]["register"].GetInt(), 3);
+  EXPECT_EQ(text["driverArgs"]["bitpos"].GetInt(), 4);
 }
 
 TEST(Board, MuxWithoutChipIsRefused) {

@@ -15,6 +15,7 @@ using namespace Nimbo;
 Reading works(Record, const Entry&) { return {PL_STATUS_OK, 7.0}; }
 Reading stalls(Record, const Entry&) { return {PL_STATUS_FAULT, 9.0}; }
 Reading isEmpty(Record, const Entry&) { return {PL_STATUS_EMPTY, {}}; }
+Reading isEmptyAndSaysSo(Record, const Entry&) { return {PL_STATUS_EMPTY, false}; }
 Reading noAnswer(Record, const Entry&) {
   pl_trace(0, "bus hangs");
   return {PL_STATUS_REMOTE, {}};
@@ -72,6 +73,17 @@ TEST(Device, EmptySlotIsNoFailure) {
   EXPECT_EQ(seen.status(), "EMPTY");
   EXPECT_FALSE(seen.outcome.failed());
   EXPECT_EQ(seen.verdict().health, Health::kGood);
+}
+
+TEST(Device, ValueOfAnEmptySlotIsKept) {
+  const Observation seen = look(isEmptyAndSaysSo, works);
+  EXPECT_EQ(seen.status(), "EMPTY");
+  EXPECT_EQ(std::get<bool>(seen.readings[0].value), false);
+}
+
+TEST(Device, FailureCountsMoreThanAnEmptySlot) {
+  EXPECT_EQ(look(isEmpty, noAnswer).status(), "REMOTE");
+  EXPECT_EQ(look(noAnswer, isEmpty).status(), "REMOTE");
 }
 
 pl_status setTo(pl_fan*, int) { return PL_STATUS_OK; }

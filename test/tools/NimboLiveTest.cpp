@@ -59,7 +59,7 @@ TEST_F(NimboLive, ShowsTheSameBoardAsTheSimulation) {
   const rapidjson::Document simulation = parsed(nimbo({"show", "--json"}).out);
   EXPECT_EQ(real.code, 3) << "a fan stalls";
   EXPECT_STREQ(hardware["mode"].GetString(), "live");
-  for (const char* kind : {"fans", "temp_sensors", "gpios"}) {
+  for (const char* kind : {"fans", "temp_sensors", "slots", "leds", "xcvrs", "gpios"}) {
     ASSERT_EQ(hardware[kind].Size(), simulation[kind].Size());
     for (rapidjson::SizeType i = 0; i < hardware[kind].Size(); ++i) {
       EXPECT_EQ(hardware[kind][i]["name"], simulation[kind][i]["name"]);

@@ -82,6 +82,38 @@ TEST_F(NimboProcess, JsonIsForPrograms) {
   EXPECT_STREQ(document["fans"][3]["condition"].GetString(), "stalled");
 }
 
+TEST_F(NimboProcess, SlotsHaveTheirDescriptors) {
+  const TestSupport::Result result = nimbo({"show", "slots"});
+  EXPECT_EQ(result.code, 0) << result.err;
+  EXPECT_THAT(result.out,
+              HasSubstr("tray1  model=HT-400 airflow=backToFrontAirflow maxRpm=21000  ok\n"));
+  EXPECT_THAT(result.out, HasSubstr("tray4  -                                                     "
+                                    "empty\n"));
+}
+
+TEST_F(NimboProcess, LedsShowWhatIsLit) {
+  const rapidjson::Document document = parsed(nimbo({"show", "--json", "leds"}).out);
+  ASSERT_EQ(document["leds"].Size(), 7U);
+  EXPECT_STREQ(document["leds"][0]["light"].GetString(), "off");
+  EXPECT_STREQ(document["leds"][3]["light"].GetString(), "amber") << "tray4";
+  EXPECT_STREQ(document["leds"][6]["light"].GetString(), "green") << "fan-status";
+}
+
+TEST_F(NimboProcess, PortsShowTheirSignals) {
+  const rapidjson::Document document = parsed(nimbo({"show", "--json", "xcvrs"}).out);
+  const auto& ports = document["xcvrs"];
+  ASSERT_EQ(ports.Size(), 62U);
+  EXPECT_STREQ(ports[0]["type"].GetString(), "sfp");
+  EXPECT_STREQ(ports[0]["status"].GetString(), "EMPTY");
+  EXPECT_FALSE(ports[0]["present"].GetBool());
+  EXPECT_TRUE(ports[0]["rx_loss"].IsNull()) << "nobody there to lose it";
+  EXPECT_TRUE(ports[0]["reset"].IsNull()) << "no signal of an SFP cage";
+  EXPECT_STREQ(ports[48]["name"].GetString(), "qsfp49");
+  EXPECT_STREQ(ports[48]["condition"].GetString(), "ok");
+  EXPECT_FALSE(ports[48]["reset"].GetBool());
+  EXPECT_STREQ(ports[54]["condition"].GetString(), "low power");
+}
+
 TEST_F(NimboProcess, BoardWithoutFailuresExitsWithZero) {
   const std::string board = boardFile(R"({"board": "B", "topology": [{"type": "I2C",
     "ham": "NimboSmbus", "id": 0, "devices": [{"did": 1, "label": "PSoC",

@@ -9,7 +9,10 @@ namespace Nimbo {
 
 extern const Kind kFans;
 extern const Kind kGpios;
+extern const Kind kLeds;
+extern const Kind kSlots;
 extern const Kind kSmbus;
 extern const Kind kTempSensors;
+extern const Kind kXcvrs;
 
 }  // namespace Nimbo

@@ -20,13 +20,17 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 
+file(RELATIVE_PATH NIMBO_SRC_FROM_BUILD ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/src)
+
 add_library(nimbo_flags INTERFACE)
 target_compile_options(nimbo_flags INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wformat=2
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual> -Wcast-qual -Wimplicit-fallthrough
-  # Failed checks name their source by its path below src/, wherever the tree stands.
+  # Failed checks name their source by its path below src/, wherever the tree stands. Of the maps
+  # that fit, g++ takes the last. A compiler cache may give it paths relative to the build tree.
+  "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/="
   "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/src/="
-  "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
+  "-fmacro-prefix-map=${NIMBO_SRC_FROM_BUILD}/=")
 
 if(NIMBO_SANITIZE)
   add_compile_options(-fsanitize=${NIMBO_SANITIZE} -fno-omit-frame-pointer

@@ -17,9 +17,10 @@ using HostMisuse = TracedBoard;
 using HostMisuseDeathTest = TracedBoard;
 using StartUpMisuseDeathTest = Simulation;
 
-// "Unit.cpp:line: function: Assertion `text' failed."; `where` and `text` are regular expressions.
+// "program: Unit.cpp:line: function: Assertion `text' failed."; `where` and `text` are regular
+// expressions, and `where` is the whole path below src/.
 std::string check(const std::string& where, const std::string& text) {
-  return where + ": [^`]+: Assertion `" + text + "' failed";
+  return ": " + where + ": [^`]+: Assertion `" + text + "' failed";
 }
 
 std::string thrown(auto call) {
@@ -138,7 +139,7 @@ TEST_F(StartUpMisuseDeathTest, TopologyThatBreaksTheRulesStops) {
 // A value of the wrong type meets the JSON reader's own checks, which stay on, too.
 TEST_F(StartUpMisuseDeathTest, ValueOfTheWrongTypeStops) {
   EXPECT_DEATH(LIB(pl_fan_init)(R"([{"type": "SCD", "ham": "", "pci": -1}])"),
-               check("rapidjson/document.h:[0-9]+", "data_.f.flags & kUintFlag"));
+               check("[^ ]*rapidjson/document.h:[0-9]+", "data_.f.flags & kUintFlag"));
 }
 
 }  // namespace

@@ -48,8 +48,8 @@ class Bus {
   // `answer` (a block read's count byte is not among them); a write empties it. Returns 0, or the
   // errno value that says best what happened, as Linux's i2c adapters use them: ENXIO for an
   // address that no device acknowledged, EREMOTEIO for a byte refused later, ETIMEDOUT for a bus
-  // that hangs, EBADMSG for a wrong PEC, EPROTO for a block count that cannot be, EOPNOTSUPP for
-  // what the adapter cannot do.
+  // that hangs, EBADMSG for a wrong PEC, EBUSY for a bus whose lines are held, EIO for a transfer
+  // cut short, EPROTO for a block count that cannot be, EOPNOTSUPP for what the adapter cannot do.
   [[nodiscard]] virtual int perform(const Operation& operation, std::string& answer) = 0;
 };
 

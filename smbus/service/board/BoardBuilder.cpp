@@ -31,7 +31,7 @@ double valueOf(const Item& item) {
 void BoardBuilder::build(const Item& root) {
   Settings settings(root);
   static_cast<void>(settings.text("board", ""));
-  seed_ = settings.number("seed", 0, UINT32_MAX, 1);
+  board_.seed_ = settings.number("seed", 0, UINT32_MAX, 1);
   settings.forEach("buses", [this](const Item& item) { addBus(item); });
   settings.forEachMember("nets",
                          [this](const std::string& name, const Item& item) { addNet(name, item); });
@@ -50,17 +50,18 @@ void BoardBuilder::addBus(const Item& item) {
   values.clockHz = settings.number("clockHz", 1'000, 5'000'000, values.clockHz);
   values.timeout = std::chrono::milliseconds(settings.number("timeoutMs", 1, 60'000, 35));
   values.waitBusTime = settings.flag("waitBusTime", false);
-  auto bus = std::make_unique<VirtualBus>(name, values, board_.clock_, board_.wiring_);
-  addChips(settings, *bus, bus->segment());
+  auto bus =
+      std::make_unique<VirtualBus>(name, values, board_.clock_, board_.wiring_, board_.agenda_);
+  addChips(settings, {*bus, bus->segment(), ""});
   settings.finish();
   board_.buses_[name] = std::move(bus);
 }
 
-void BoardBuilder::addChips(Settings& settings, VirtualBus& bus, Segment& segment) {
-  settings.forEach("chips", [&](const Item& item) { addChip(item, bus, segment); });
+void BoardBuilder::addChips(Settings& settings, const Place& place) {
+  settings.forEach("chips", [&](const Item& item) { addChip(item, place); });
 }
 
-void BoardBuilder::addChip(const Item& item, VirtualBus& bus, Segment& segment) {
+void BoardBuilder::addChip(const Item& item, const Place& place) {
   Settings settings(item);
   const std::string label = settings.text("label");
   if (board_.chips_.contains(label)) {
@@ -68,19 +69,26 @@ void BoardBuilder::addChip(const Item& item, VirtualBus& bus, Segment& segment) 
   }
   const ChipModel& model = modelOf(settings);
   const auto address = static_cast<uint8_t>(settings.number("address", 0x08, 0x77));
-  if (const Seat* other = segment.at(address)) {
+  if (const Seat* other = place.segment.at(address)) {
     settings.fail("address", fmt::format("\"{}\" sits at this address already", other->label));
   }
-  auto chip = model.make(settings, {board_.clock_, seedFor(seed_, label), address});
-  if (auto* mux = dynamic_cast<Mux*>(chip.get())) addChannels(settings, bus, *mux);
+  auto chip = model.make(settings, {board_.clock_, seedFor(board_.seed_, label), address});
+  if (auto* mux = dynamic_cast<Mux*>(chip.get())) {
+    addChannels(settings, place, label, *mux);
+  }
   settings.finish();
-  board_.chips_[label] = {&segment.add(label, address, std::move(chip)), &bus};
+  board_.chips_[label] = {&place.segment.add(label, address, std::move(chip)), &place.bus,
+                          std::string(model.name), place.path};
 }
 
-void BoardBuilder::addChannels(Settings& settings, VirtualBus& bus, Mux& mux) {
+void BoardBuilder::addChannels(Settings& settings, const Place& place, const std::string& label,
+                               Mux& mux) {
   settings.forEach("channels", [&](const Item& item) {
     Settings channel(item);
-    addChips(channel, bus, mux.channel(channel.number("channel", 0, mux.channels() - 1)));
+    const uint32_t number = channel.number("channel", 0, mux.channels() - 1);
+    const std::string path =
+        fmt::format("{}{}{}.{}", place.path, place.path.empty() ? "" : " ", label, number);
+    addChips(channel, {place.bus, mux.channel(number), path});
     channel.finish();
   });
 }
@@ -91,12 +99,12 @@ void BoardBuilder::addNet(const std::string& name, const Item& item) {
   }
   Settings settings(item);
   Net& net = board_.wiring_.addNet(name, settings.flag("level", true));
-  settings.forEach("pins", [&](const Item& pin) { connect(pin, net); });
+  settings.forEach("pins", [&](const Item& pin) { connect(pin, name, net); });
   settings.finish();
 }
 
 // "label:pin", or "!label:pin" for a pin that is high where the net is low.
-void BoardBuilder::connect(const Item& item, Net& net) {
+void BoardBuilder::connect(const Item& item, const std::string& name, Net& net) {
   const std::string text = item.text();
   const bool inverted = text.front() == '!';
   const std::string_view pin = std::string_view(text).substr(inverted ? 1 : 0);
@@ -113,6 +121,7 @@ void BoardBuilder::connect(const Item& item, Net& net) {
     item.fail(fmt::format("the chip has no pin \"{}\", or it is connected already",
                           pin.substr(colon + 1)));
   }
+  board_.wiring_.notePin(name, text);
   board_.wiring_.addChip(chip, placed->second.bus->chipsInUse());
 }
 

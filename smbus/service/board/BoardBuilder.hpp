@@ -20,16 +20,22 @@ class BoardBuilder {
 
  private:
   void addBus(const Item& item);
-  void addChips(Settings& settings, VirtualBus& bus, Segment& segment);
-  void addChip(const Item& item, VirtualBus& bus, Segment& segment);
-  void addChannels(Settings& settings, VirtualBus& bus, Mux& mux);
+  // Where chips are put.
+  struct Place {
+    VirtualBus& bus;
+    Segment& segment;
+    std::string path;  // as ChipInfo gives it
+  };
+
+  void addChips(Settings& settings, const Place& place);
+  void addChip(const Item& item, const Place& place);
+  void addChannels(Settings& settings, const Place& place, const std::string& label, Mux& mux);
   void addNet(const std::string& name, const Item& item);
-  void connect(const Item& item, Net& net);
+  void connect(const Item& item, const std::string& name, Net& net);
   void addEvent(const std::string& name, const Item& item);
   [[nodiscard]] BoardEvent::Change change(const std::string& lever, const Item& value) const;
 
   VirtualBoard& board_;
-  uint64_t seed_ = 1;
 };
 
 }  // namespace SmbusService::Board

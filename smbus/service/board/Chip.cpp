@@ -7,4 +7,8 @@ bool Chip::connect(std::string_view /*pin*/, Net& /*net*/, bool /*inverted*/) { 
 
 std::vector<Quantity> Chip::quantities() { return {}; }
 
+std::optional<Register> Chip::peek(uint32_t /*number*/) { return std::nullopt; }
+
+bool Chip::poke(uint32_t /*number*/, uint32_t /*value*/) { return false; }
+
 }  // namespace SmbusService::Board

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,12 @@ struct Quantity {
   double most;
   std::function<double()> get;
   std::function<void(double)> set;  // none: it cannot be set
+};
+
+// A register's contents.
+struct Register {
+  uint32_t value = 0;
+  unsigned bits = 8;  // how wide it is
 };
 
 // Called by one thread at a time: the bus's lock is held for a whole transfer. A chip hears only
@@ -51,6 +58,9 @@ class Chip {
 
   virtual void stop() = 0;
 
+  // The chip has got its supply again and begins anew, as far as that matters to its bus.
+  virtual void powerOn() {}
+
   // Connects a pin of the chip to a net, which outlives the chip: an input follows it from now
   // on, an output drives it. `inverted`: the pin is high where the net is low. False: the chip has
   // no such pin.
@@ -63,6 +73,14 @@ class Chip {
   // What around the chip can be looked at and changed while the board runs: temperatures, loads,
   // faults. The functions live as long as the chip.
   [[nodiscard]] virtual std::vector<Quantity> quantities();
+
+  // A register as the chip would tell it, looked at past the bus; none: it has no such register, or
+  // one that is no number.
+  [[nodiscard]] virtual std::optional<Register> peek(uint32_t number);
+
+  // Puts a value that fits into a register that is there, read-only ones included. False: its
+  // contents follow from something else, and cannot be put there.
+  [[nodiscard]] virtual bool poke(uint32_t number, uint32_t value);
 
   // How long the chip has held SCL low since the last call.
   [[nodiscard]] Time takeHold() { return std::exchange(hold_, Time::zero()); }

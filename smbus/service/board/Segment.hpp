@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "smbus/service/board/Chip.hpp"
+#include "smbus/service/board/TransferCount.hpp"
 
 namespace SmbusService::Board {
 
@@ -19,6 +20,8 @@ struct Seat {
   std::string label;
   uint8_t address = 0;  // 7 bits
   std::unique_ptr<Chip> chip;
+  bool away = false;  // pulled off the bus: what is behind it is not joined
+  KindCounts counts;  // of the transfers that addressed it
 };
 
 class Mux;
@@ -36,6 +39,9 @@ class Segment {
   // The chip on the segment itself with this address, or null.
   [[nodiscard]] Seat* at(uint8_t address) const { return byAddress_[address & 0x7F]; }
 
+  // Whether the seat is among those that the segment's lines reach now.
+  [[nodiscard]] bool reaches(const Seat& seat);
+
   // Appends every seat with this address that the segment's lines reach now: its own, and those
   // behind the open channels of its muxes.
   void find(uint8_t address, std::vector<Seat*>& found);
@@ -43,7 +49,11 @@ class Segment {
  private:
   std::vector<std::unique_ptr<Seat>> seats_;
   std::array<Seat*, 128> byAddress_{};
-  std::vector<Mux*> muxes_;
+  struct Joint {
+    const Seat* seat;
+    Mux* mux;
+  };
+  std::vector<Joint> joints_;
 };
 
 // A chip that joins segments to the one it sits on.

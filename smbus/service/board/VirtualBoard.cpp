@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "smbus/service/board/BoardBuilder.hpp"
+#include "smbus/service/board/Random.hpp"
 
 namespace SmbusService::Board {
 namespace {
@@ -58,6 +59,63 @@ std::vector<std::string> VirtualBoard::busNames() const { return namesOf(buses_)
 
 std::vector<std::string> VirtualBoard::eventNames() const { return namesOf(events_); }
 
+std::vector<ChipInfo> VirtualBoard::chips() const {
+  std::vector<ChipInfo> infos;
+  for (const auto& [label, placed] : chips_) {
+    infos.push_back({label, placed.model, placed.seat->address, placed.bus->name(), placed.path});
+  }
+  return infos;
+}
+
+std::vector<VirtualBoard::Reading> VirtualBoard::quantities(std::string_view label) const {
+  const auto placed = chips_.find(label);
+  if (placed == chips_.end()) return {};
+  const std::scoped_lock lock(placed->second.bus->chipsInUse());
+  std::vector<Reading> readings;
+  for (const Quantity& quantity : placed->second.seat->chip->quantities()) {
+    readings.push_back({quantity.name, quantity.unit, quantity.get(), quantity.set != nullptr});
+  }
+  return readings;
+}
+
+std::optional<Register> VirtualBoard::peek(std::string_view label, uint32_t number) const {
+  const auto placed = chips_.find(label);
+  if (placed == chips_.end()) return std::nullopt;
+  const std::scoped_lock lock(placed->second.bus->chipsInUse());
+  return placed->second.seat->chip->peek(number);
+}
+
+int VirtualBoard::poke(std::string_view label, uint32_t number, uint32_t value) {
+  const std::optional<Register> present = peek(label, number);
+  if (!present) return ENOENT;
+  if (present->bits < 32 && value >> present->bits != 0) return ERANGE;
+  const Placed& placed = chips_.find(label)->second;
+  bool done = false;
+  {
+    const std::scoped_lock lock(placed.bus->chipsInUse());
+    done = placed.seat->chip->poke(number, value);
+  }
+  wiring_.settleNow();
+  return done ? 0 : EPERM;
+}
+
+KindCounts VirtualBoard::countsOf(std::string_view label) const {
+  const Placed& placed = chips_.find(label)->second;
+  return placed.bus->countsOf(*placed.seat);
+}
+
+void VirtualBoard::addFault(BusFault fault) {
+  const std::string& target = fault.order.target;
+  fault.seed = mix(seedFor(seed_, target) ^ fault.id);
+  const auto placed = rowOf(fault.order.kind).ofChips ? chips_.find(target) : chips_.end();
+  if (placed == chips_.end()) {
+    bus(target)->addFault(std::move(fault));
+  } else {
+    fault.seat = placed->second.seat;
+    placed->second.bus->addFault(std::move(fault));
+  }
+}
+
 std::optional<Lever> VirtualBoard::findLever(std::string_view name) const {
   if (Net* net = wiring_.net(name)) return leverOf(*net);
   const size_t colon = name.find(':');
@@ -86,6 +144,14 @@ int VirtualBoard::set(std::string_view name, double value) {
   put(*lever, value);
   wiring_.settleNow();
   return 0;
+}
+
+bool VirtualBoard::release(std::string_view name) {
+  Net* net = wiring_.net(name);
+  if (net == nullptr) return false;
+  net->release();
+  wiring_.settleNow();
+  return true;
 }
 
 bool VirtualBoard::happen(std::string_view name) {

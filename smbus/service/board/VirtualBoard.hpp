@@ -18,6 +18,8 @@
 #include "config/JsonFile.hpp"
 #include "smbus/service/board/BoardClock.hpp"
 #include "smbus/service/board/BoardEvent.hpp"
+#include "smbus/service/board/ChipInfo.hpp"
+#include "smbus/service/board/FaultDesk.hpp"
 #include "smbus/service/board/VirtualBus.hpp"
 #include "smbus/service/board/Wiring.hpp"
 
@@ -36,6 +38,31 @@ class VirtualBoard {
 
   [[nodiscard]] std::vector<std::string> busNames() const;
   [[nodiscard]] std::vector<std::string> eventNames() const;
+  [[nodiscard]] std::vector<ChipInfo> chips() const;
+  [[nodiscard]] std::vector<NetInfo> nets() const { return wiring_.nets(); }
+  [[nodiscard]] uint64_t seed() const { return seed_; }
+
+  [[nodiscard]] BoardClock& clock() { return clock_; }
+  [[nodiscard]] Agenda& agenda() { return agenda_; }
+  [[nodiscard]] FaultDesk& faults() { return faults_; }
+
+  // What a chip's quantities are now; none for a chip that is not there.
+  struct Reading {
+    std::string name;
+    std::string unit;
+    double value;
+    bool canBeSet;
+  };
+  [[nodiscard]] std::vector<Reading> quantities(std::string_view label) const;
+
+  // A register of a chip, past the bus. peek: none if there is no such chip or register. poke
+  // returns 0, ENOENT for what is not there, ERANGE if the value does not fit, EPERM if the
+  // register's contents follow from something else.
+  [[nodiscard]] std::optional<Register> peek(std::string_view label, uint32_t number) const;
+  [[nodiscard]] int poke(std::string_view label, uint32_t number, uint32_t value);
+
+  // What has gone over the bus to a chip; the label must be one.
+  [[nodiscard]] KindCounts countsOf(std::string_view label) const;
 
   // None: there is no such lever.
   [[nodiscard]] std::optional<double> get(std::string_view lever) const;
@@ -44,25 +71,39 @@ class VirtualBoard {
   // lever, EPERM if it can only be looked at, ERANGE if the value is out of its range.
   [[nodiscard]] int set(std::string_view lever, double value);
 
+  // Lets go of a net, which then has its idle level unless a chip drives it. False: there is no
+  // such net.
+  [[nodiscard]] bool release(std::string_view net);
+
   // Lets an event happen, all its changes before any chip follows. False: there is no such event.
   [[nodiscard]] bool happen(std::string_view event);
 
  private:
   friend class BoardBuilder;
 
+  friend class FaultDesk;
+
   struct Placed {
     Seat* seat;
     VirtualBus* bus;
+    std::string model;
+    std::string path;
   };
+
+  // The fault's target must be there.
+  void addFault(BusFault fault);
 
   explicit VirtualBoard(Clock& clock) : clock_(clock) {}
   [[nodiscard]] std::optional<Lever> findLever(std::string_view name) const;
 
+  uint64_t seed_ = 1;
   BoardClock clock_;
+  Agenda agenda_{clock_};
   Wiring wiring_;
   std::map<std::string, std::unique_ptr<VirtualBus>, std::less<>> buses_;
   std::map<std::string, Placed, std::less<>> chips_;
   std::map<std::string, BoardEvent, std::less<>> events_;
+  FaultDesk faults_{*this};
 };
 
 }  // namespace SmbusService::Board

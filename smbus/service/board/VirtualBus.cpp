@@ -52,16 +52,19 @@ uint8_t commandByte(const Operation& operation, unsigned remaining) {
 }  // namespace
 
 int VirtualBus::perform(const Operation& operation, std::string& answer) {
+  agenda_.runDue();
   answer.clear();
   Time wait{0};
   int error = 0;
   {
-    const std::scoped_lock lock(chipsInUse_);
+    std::unique_lock lock(chipsInUse_);
     timeout_ = operation.timeout.count() > 0 ? Time(operation.timeout) : settings_.timeout;
-    error = transfer(operation, answer);
+    wire_.begin();
+    faults_.begin();
+    error = waitOutHang(lock) ? ETIMEDOUT : transfer(operation, answer);
     wire_.stop();
-    count_.transfers += 1;
-    count_.bits += wire_.bits();
+    faults_.end();
+    count(operation.kind, error != 0);
     wait = duration();
   }
   wiring_.settle();
@@ -71,9 +74,51 @@ int VirtualBus::perform(const Operation& operation, std::string& answer) {
   return error;
 }
 
-BusCount VirtualBus::count() const {
+// While it waits the chips are free: they can be looked at, and the fault can be ended.
+bool VirtualBus::waitOutHang(std::unique_lock<std::mutex>& lock) {
+  const BusFault* hang = faults_.strike(FaultKind::kHang, nullptr);
+  if (hang == nullptr) return false;
+  const uint32_t id = hang->id;
+  const Time delay = hang->order.delay;
+  const Time until =
+      delay > Time::zero() ? std::min(hang->until, clock_.now() + delay) : hang->until;
+  while (faults_.find(id) != nullptr && clock_.now() < until) {
+    clock_.waitUntil(faultEnded_, lock, until);
+  }
+  return true;
+}
+
+void VirtualBus::addFault(BusFault fault) {
   const std::scoped_lock lock(chipsInUse_);
-  return count_;
+  faults_.add(std::move(fault));
+}
+
+bool VirtualBus::removeFault(uint32_t id) {
+  const std::scoped_lock lock(chipsInUse_);
+  faultEnded_.notify_all();
+  return faults_.remove(id);
+}
+
+std::vector<BusFault> VirtualBus::faults() const {
+  const std::scoped_lock lock(chipsInUse_);
+  return faults_.all();
+}
+
+void VirtualBus::count(OperationKind kind, bool failed) {
+  const uint32_t bits = wire_.bits();
+  counts_.all.of(kind).add(failed, bits);
+  if (wire_.addressed().empty()) counts_.unanswered.of(kind).add(failed, bits);
+  for (Seat* seat : wire_.addressed()) seat->counts.of(kind).add(failed, bits);
+}
+
+BusCounts VirtualBus::counts() const {
+  const std::scoped_lock lock(chipsInUse_);
+  return counts_;
+}
+
+KindCounts VirtualBus::countsOf(const Seat& seat) const {
+  const std::scoped_lock lock(chipsInUse_);
+  return seat.counts;
 }
 
 uint32_t VirtualBus::bitsOfLast() const {
@@ -90,7 +135,34 @@ Time VirtualBus::duration() const {
   return duration;
 }
 
+// What keeps the transfer under way from going on, if anything: an errno value or 0.
+int VirtualBus::broken() const {
+  if (wire_.held() > timeout_) return ETIMEDOUT;
+  return wire_.cut() ? EIO : 0;
+}
+
+// A line that is held low lets no transfer begin; the adapter waits for it in vain.
+int VirtualBus::stuckLine() {
+  struct Row {
+    FaultKind kind;
+    int error;
+  };
+  static constexpr std::array<Row, 2> kLines = {
+      {{FaultKind::kSdaStuck, EBUSY}, {FaultKind::kSclStuck, ETIMEDOUT}}};
+  for (const Row& line : kLines) {
+    if (faults_.stick(line.kind, segment_)) {
+      wire_.hold(timeout_);
+      return line.error;
+    }
+  }
+  return 0;
+}
+
 int VirtualBus::transfer(const Operation& operation, std::string& answer) {
+  if (faults_.any()) {
+    const int error = stuckLine();
+    if (error != 0) return error;
+  }
   const Shape& shape = shapeOf(operation);
   if (shape.count && (operation.data.empty() || operation.data.size() > kMaxBlock)) return EPROTO;
   if (shape.command) {
@@ -100,19 +172,17 @@ int VirtualBus::transfer(const Operation& operation, std::string& answer) {
   return shape.answer == Answer::kNone ? 0 : receive(operation, answer);
 }
 
-int VirtualBus::sendByte(uint8_t byte) {
-  const bool acknowledged = wire_.write(byte);
-  if (hung()) return ETIMEDOUT;
-  return acknowledged ? 0 : EREMOTEIO;
+int VirtualBus::sendByte(uint8_t byte) { return acknowledgedOr(wire_.write(byte), EREMOTEIO); }
+
+int VirtualBus::acknowledgedOr(bool acknowledged, int otherwise) const {
+  const int error = broken();
+  if (error != 0) return error;
+  return acknowledged ? 0 : otherwise;
 }
 
 int VirtualBus::send(const Operation& operation) {
   const Shape& shape = shapeOf(operation);
-  const bool found = wire_.start(operation.address, false);
-  if (hung()) return ETIMEDOUT;
-  if (!found) return ENXIO;
-
-  int error = 0;
+  int error = acknowledgedOr(wire_.start(operation.address, false), ENXIO);
   for (unsigned left = commandBytes(operation); error == 0 && left-- > 0;) {
     error = sendByte(commandByte(operation, left));
   }
@@ -122,14 +192,15 @@ int VirtualBus::send(const Operation& operation) {
       error = sendByte(operation.data[i]);
     }
   }
-  if (error == 0 && operation.pec && shape.answer == Answer::kNone) error = sendByte(wire_.pec());
+  if (error == 0 && operation.pec && shape.answer == Answer::kNone) {
+    error = acknowledgedOr(wire_.writePec(), EREMOTEIO);
+  }
   return error;
 }
 
 int VirtualBus::receive(const Operation& operation, std::string& answer) {
-  const bool found = wire_.start(operation.address, true);
-  if (hung()) return ETIMEDOUT;
-  if (!found) return ENXIO;
+  int error = acknowledgedOr(wire_.start(operation.address, true), ENXIO);
+  if (error != 0) return error;
 
   size_t size = operation.size;
   const Answer kind = shapeOf(operation).answer;
@@ -137,17 +208,20 @@ int VirtualBus::receive(const Operation& operation, std::string& answer) {
   if (kind == Answer::kWord) size = 2;
   if (kind == Answer::kBlock) {
     size = wire_.read();
-    if (hung()) return ETIMEDOUT;
+    error = broken();
+    if (error != 0) return error;
     if (size == 0) return EPROTO;
   }
   answer.reserve(size);
   while (answer.size() < size) {
     answer.push_back(static_cast<char>(wire_.read()));
-    if (hung()) return ETIMEDOUT;
+    error = broken();
+    if (error != 0) return error;
   }
   if (!operation.pec) return 0;
-  static_cast<void>(wire_.read());  // the PEC, which brings a faultless transfer's to 0
-  if (hung()) return ETIMEDOUT;
+  wire_.readPec();  // brings a faultless transfer's to 0
+  error = broken();
+  if (error != 0) return error;
   return wire_.pec() == 0 ? 0 : EBADMSG;
 }
 

@@ -9,7 +9,8 @@
 #include <string>
 
 #include "smbus/service/Bus.hpp"
-#include "smbus/service/board/BoardClock.hpp"
+#include "smbus/service/board/Agenda.hpp"
+#include "smbus/service/board/BusFaults.hpp"
 #include "smbus/service/board/Wire.hpp"
 #include "smbus/service/board/Wiring.hpp"
 
@@ -22,19 +23,25 @@ struct BusSettings {
 };
 
 // What has gone over the bus since the board was switched on.
-struct BusCount {
-  uint64_t transfers = 0;
-  uint64_t bits = 0;
+struct BusCounts {
+  KindCounts all;
+  KindCounts unanswered;  // of these, what went to addresses where no chip is in reach
 };
 
 // perform() is for one thread at a time; the others may be called beside it.
 class VirtualBus : public Bus {
  public:
-  // Clock and wiring outlive the bus.
-  VirtualBus(std::string name, const BusSettings& settings, BoardClock& clock, Wiring& wiring)
-      : name_(std::move(name)), settings_(settings), clock_(clock), wiring_(wiring) {}
+  // Clock, wiring and agenda outlive the bus.
+  VirtualBus(std::string name, const BusSettings& settings, BoardClock& clock, Wiring& wiring,
+             Agenda& agenda)
+      : name_(std::move(name)),
+        settings_(settings),
+        clock_(clock),
+        wiring_(wiring),
+        agenda_(agenda) {}
 
   [[nodiscard]] const std::string& name() const { return name_; }
+  [[nodiscard]] const BusSettings& settings() const { return settings_; }
 
   // For the time when the board is put together.
   [[nodiscard]] Segment& segment() { return segment_; }
@@ -44,27 +51,41 @@ class VirtualBus : public Bus {
 
   [[nodiscard]] int perform(const Operation& operation, std::string& answer) override;
 
-  [[nodiscard]] BusCount count() const;
+  // A fault comes into force, or ends; an operation that hangs for it comes back. False: it was not
+  // in force.
+  void addFault(BusFault fault);
+  [[nodiscard]] bool removeFault(uint32_t id);
+  [[nodiscard]] std::vector<BusFault> faults() const;
+
+  [[nodiscard]] BusCounts counts() const;
+  [[nodiscard]] KindCounts countsOf(const Seat& seat) const;
   [[nodiscard]] uint32_t bitsOfLast() const;
 
  private:
+  [[nodiscard]] bool waitOutHang(std::unique_lock<std::mutex>& lock);
+  [[nodiscard]] int stuckLine();
+  void count(OperationKind kind, bool failed);
   [[nodiscard]] int transfer(const Operation& operation, std::string& answer);
   [[nodiscard]] int send(const Operation& operation);
   [[nodiscard]] int receive(const Operation& operation, std::string& answer);
   [[nodiscard]] int sendByte(uint8_t byte);
-  [[nodiscard]] bool hung() const { return wire_.held() > timeout_; }
+  [[nodiscard]] int broken() const;
+  [[nodiscard]] int acknowledgedOr(bool acknowledged, int otherwise) const;
   [[nodiscard]] Time duration() const;
 
   std::string name_;
   BusSettings settings_;
   BoardClock& clock_;
   Wiring& wiring_;
+  Agenda& agenda_;
 
   mutable std::mutex chipsInUse_;
+  std::condition_variable faultEnded_;
   Segment segment_;
-  Wire wire_{segment_};
+  BusFaults faults_;
+  Wire wire_{segment_, faults_};
   Time timeout_{0};  // of the operation under way
-  BusCount count_;
+  BusCounts counts_;
 };
 
 }  // namespace SmbusService::Board

@@ -28,6 +28,16 @@ std::vector<std::string> Wiring::netNames() const {
   return names;
 }
 
+std::vector<NetInfo> Wiring::nets() const {
+  std::vector<NetInfo> infos;
+  for (const auto& [name, net] : nets_) {
+    const auto pins = pins_.find(name);
+    infos.push_back(
+        {name, net->level(), pins == pins_.end() ? std::vector<std::string>() : pins->second});
+  }
+  return infos;
+}
+
 void Wiring::settleNow() {
   const std::scoped_lock oneAtATime(settling_);
   for (int round = 0; round < kMostRounds; ++round) {

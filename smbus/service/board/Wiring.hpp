@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "smbus/service/board/Chip.hpp"
+#include "smbus/service/board/ChipInfo.hpp"
 #include "smbus/service/board/Net.hpp"
 
 namespace SmbusService::Board {
@@ -23,6 +24,10 @@ class Wiring {
   // The name must be new.
   Net& addNet(const std::string& name, bool idle);
   void addChip(Chip& chip, std::mutex& chipsInUse);
+
+  // Chips' pins on the net, for people.
+  void notePin(const std::string& net, const std::string& pin) { pins_[net].push_back(pin); }
+  [[nodiscard]] std::vector<NetInfo> nets() const;
 
   // Null: there is no such net.
   [[nodiscard]] Net* net(std::string_view name) const;
@@ -46,6 +51,7 @@ class Wiring {
   };
 
   std::map<std::string, std::unique_ptr<Net>, std::less<>> nets_;
+  std::map<std::string, std::vector<std::string>> pins_;  // by net
   std::vector<Listener> listeners_;
   std::mutex settling_;
   std::atomic<uint32_t> changes_{0};

@@ -50,6 +50,16 @@ bool Eeprom::connect(std::string_view pin, Net& net, bool inverted) {
   return true;
 }
 
+std::optional<Register> Eeprom::peek(uint32_t number) {
+  if (number >= bytes_.size()) return std::nullopt;
+  return Register{bytes_[number], 8};
+}
+
+bool Eeprom::poke(uint32_t number, uint32_t value) {
+  bytes_[number] = static_cast<uint8_t>(value);
+  return true;
+}
+
 std::unique_ptr<Chip> makeEeprom(Settings& settings, const ChipContext& context) {
   constexpr uint32_t kShort = 256;
   constexpr uint32_t kLong = 65536;

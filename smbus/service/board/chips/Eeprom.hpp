@@ -39,6 +39,8 @@ class Eeprom : public Chip {
   [[nodiscard]] uint8_t read() override;
   void stop() override;
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override;
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
  private:
   [[nodiscard]] size_t nextInPage() const;

@@ -8,8 +8,7 @@ void Pca954x::watchReset() {
   const uint32_t changes = reset_.changes();
   if (changes == resetChanges_ && reset_.level()) return;
   resetChanges_ = changes;
-  control_ = 0;
-  open_ = 0;
+  close();
 }
 
 uint8_t Pca954x::open() {
@@ -32,6 +31,17 @@ bool Pca954x::connect(std::string_view pin, Net& net, bool inverted) {
   if (pin != "reset" || reset_.connected()) return false;
   reset_.connect(net, inverted);
   resetChanges_ = reset_.changes();
+  return true;
+}
+
+std::optional<Register> Pca954x::peek(uint32_t number) {
+  if (number != 0) return std::nullopt;
+  watchReset();
+  return Register{control_, channels()};
+}
+
+bool Pca954x::poke(uint32_t /*number*/, uint32_t value) {
+  control_ = open_ = static_cast<uint8_t>(value);
   return true;
 }
 

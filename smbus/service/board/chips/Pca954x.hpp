@@ -25,12 +25,16 @@ class Pca954x : public Mux {
   [[nodiscard]] bool write(uint8_t byte) override;
   [[nodiscard]] uint8_t read() override { return control_; }
   void stop() override { open_ = control_; }
+  void powerOn() override { close(); }
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override;
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
   [[nodiscard]] uint8_t open() override;
 
  private:
   void watchReset();
+  void close() { control_ = open_ = 0; }
 
   uint8_t control_ = 0;
   uint8_t open_ = 0;

@@ -27,6 +27,18 @@ uint8_t Pca9555::fetch() {
   return byte;
 }
 
+std::optional<Register> Pca9555::peek(uint32_t number) {
+  if (number > kRegisters) return std::nullopt;
+  return Register{pins_.get(portOf(static_cast<uint8_t>(number)), number & 1), 8};
+}
+
+// An input port shows the pins.
+bool Pca9555::poke(uint32_t number, uint32_t value) {
+  const GpioExpander::Port port = portOf(static_cast<uint8_t>(number));
+  pins_.set(port, number & 1, static_cast<uint8_t>(value));
+  return port != GpioExpander::Port::kInput;
+}
+
 std::unique_ptr<Chip> makePca9555(Settings& /*settings*/, const ChipContext& /*context*/) {
   return std::make_unique<Pca9555>();
 }

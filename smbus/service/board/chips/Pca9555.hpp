@@ -26,6 +26,8 @@ class Pca9555 : public PointerChip {
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
     return pins_.connect(pin, net, inverted);
   }
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
  protected:
   [[nodiscard]] bool select(uint8_t pointer) override;

@@ -18,6 +18,8 @@ constexpr bool exists(uint8_t number) {
 
 GpioExpander::Port portOf(uint8_t number) { return static_cast<GpioExpander::Port>(number >> 3); }
 
+constexpr bool ofPins(uint8_t number) { return number < kMask0; }
+
 }  // namespace
 
 std::array<uint8_t, 0x2B> Pca9698::firstKept() {
@@ -29,7 +31,17 @@ std::array<uint8_t, 0x2B> Pca9698::firstKept() {
   return registers;
 }
 
-bool Pca9698::ofPins() const { return pointer_ < kMask0; }
+uint8_t Pca9698::get(uint8_t number) const {
+  return ofPins(number) ? pins_.get(portOf(number), number & kBank) : kept_[number];
+}
+
+void Pca9698::put(uint8_t number, uint8_t value) {
+  if (ofPins(number)) {
+    pins_.set(portOf(number), number & kBank, value);
+  } else {
+    kept_[number] = value;
+  }
+}
 
 bool Pca9698::select(uint8_t pointer) {
   if (!exists(pointer & kRegister)) return false;
@@ -45,19 +57,26 @@ void Pca9698::advance() {
 }
 
 bool Pca9698::store(uint8_t byte) {
-  if (ofPins()) {
-    pins_.set(portOf(pointer_), pointer_ & kBank, byte);
-  } else {
-    kept_[pointer_] = byte;
-  }
+  put(pointer_, byte);
   advance();
   return true;
 }
 
 uint8_t Pca9698::fetch() {
-  const uint8_t byte = ofPins() ? pins_.get(portOf(pointer_), pointer_ & kBank) : kept_[pointer_];
+  const uint8_t byte = get(pointer_);
   advance();
   return byte;
+}
+
+std::optional<Register> Pca9698::peek(uint32_t number) {
+  if (number > kMode || !exists(static_cast<uint8_t>(number))) return std::nullopt;
+  return Register{get(static_cast<uint8_t>(number)), 8};
+}
+
+// An input port shows the pins.
+bool Pca9698::poke(uint32_t number, uint32_t value) {
+  put(static_cast<uint8_t>(number), static_cast<uint8_t>(value));
+  return number >= kMask0 || portOf(static_cast<uint8_t>(number)) != GpioExpander::Port::kInput;
 }
 
 std::unique_ptr<Chip> makePca9698(Settings& /*settings*/, const ChipContext& /*context*/) {

@@ -35,6 +35,8 @@ class Pca9698 : public PointerChip {
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
     return pins_.connect(pin, net, inverted);
   }
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
  protected:
   [[nodiscard]] bool select(uint8_t pointer) override;
@@ -42,7 +44,8 @@ class Pca9698 : public PointerChip {
   [[nodiscard]] uint8_t fetch() override;
 
  private:
-  [[nodiscard]] bool ofPins() const;
+  [[nodiscard]] uint8_t get(uint8_t number) const;
+  void put(uint8_t number, uint8_t value);
   void advance();
 
   GpioExpander pins_{kBanks, 0x00};

@@ -272,6 +272,25 @@ size_t PmbusSupply::readCommand(uint8_t code, std::span<const uint8_t> /*data*/,
   return 2;
 }
 
+// Commands with a byte or a word are the registers of a supply.
+std::optional<Register> PmbusSupply::peek(uint32_t number) {
+  std::array<uint8_t, kMaxBlock + 1> answer{};
+  if (number > UINT8_MAX) return std::nullopt;
+  const PmbusCommand* command = findPmbusCommand(static_cast<uint8_t>(number));
+  if (command == nullptr || command->format == PmbusFormat::kText) return std::nullopt;
+  const size_t bytes = readCommand(static_cast<uint8_t>(number), {}, answer);
+  if (bytes == 0) return std::nullopt;
+  const unsigned high = bytes == 2 ? answer[1] : 0;
+  return Register{high << 8 | answer[0], static_cast<unsigned>(8 * bytes)};
+}
+
+bool PmbusSupply::poke(uint32_t number, uint32_t value) {
+  const auto code = static_cast<uint8_t>(number);
+  if (!findPmbusCommand(code)->writable) return false;
+  const std::array data = {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8)};
+  return writeCommand(code, std::span(data).first(*writeSize(code)));
+}
+
 std::unique_ptr<Chip> makePmbusSupply(Settings& settings, const ChipContext& context) {
   FanPlant plant(settings, context.seed, context.clock);
   PmbusSettings values(settings, plant.fans());

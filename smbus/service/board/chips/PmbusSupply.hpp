@@ -47,6 +47,8 @@ class PmbusSupply : public CommandChip {
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override;
   void settle() override;
   [[nodiscard]] std::vector<Quantity> quantities() override;
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
  protected:
   [[nodiscard]] bool answers() override { return present_.level(); }

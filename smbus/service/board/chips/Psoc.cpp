@@ -66,14 +66,30 @@ bool Psoc::select(uint8_t pointer) {
 }
 
 bool Psoc::store(uint8_t byte) {
-  const uint8_t number = pointer_++;
-  if (std::ranges::find(kWritable, number) == kWritable.end()) return true;
+  static_cast<void>(put(pointer_++, byte));
+  return true;
+}
+
+// False: the register cannot be written.
+bool Psoc::put(uint8_t number, uint8_t byte) {
+  if (std::ranges::find(kWritable, number) == kWritable.end()) return false;
   registers_[number] = byte;
   if (number == kDuty + 1) {
     plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
     showPlant();  // without drive nothing stalls
   }
   return true;
+}
+
+std::optional<Register> Psoc::peek(uint32_t number) {
+  if (number >= registers_.size()) return std::nullopt;
+  begin();
+  return Register{registers_[number], 8};
+}
+
+bool Psoc::poke(uint32_t number, uint32_t value) {
+  begin();
+  return put(static_cast<uint8_t>(number), static_cast<uint8_t>(value));
 }
 
 std::unique_ptr<Chip> makePsoc(Settings& settings, const ChipContext& context) {

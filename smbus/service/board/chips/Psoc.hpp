@@ -34,6 +34,8 @@ class Psoc : public PointerChip {
   Psoc(FanPlant plant, uint16_t duty);
 
   [[nodiscard]] std::vector<Quantity> quantities() override { return plant_.quantities(); }
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override;
 
  protected:
   void begin() override;
@@ -42,6 +44,7 @@ class Psoc : public PointerChip {
   [[nodiscard]] uint8_t fetch() override { return registers_[pointer_++]; }
 
  private:
+  [[nodiscard]] bool put(uint8_t number, uint8_t byte);
   void put16(uint8_t number, uint16_t value);
   void showPlant();
 

@@ -29,6 +29,12 @@ class RegisterChip : public PointerChip {
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
     return registers_.connect(pin, net, inverted);
   }
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override {
+    return registers_.peek(number);
+  }
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override {
+    return registers_.poke(number, value);
+  }
 
  protected:
   void begin() override;
@@ -54,6 +60,12 @@ class PecRegisterChip : public CommandChip {
 
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted) override {
     return registers_.connect(pin, net, inverted);
+  }
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) override {
+    return registers_.peek(number);
+  }
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value) override {
+    return registers_.poke(number, value);
   }
 
  protected:

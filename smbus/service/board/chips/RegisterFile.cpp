@@ -84,6 +84,17 @@ void RegisterFile::set(uint8_t number, uint16_t value) {
   }
 }
 
+std::optional<Register> RegisterFile::peek(uint32_t number) const {
+  if (number >= size()) return std::nullopt;
+  return Register{get(static_cast<uint8_t>(number)), 8 * bytes_};
+}
+
+bool RegisterFile::poke(uint32_t number, uint32_t value) {
+  if (number >= size()) return false;
+  set(static_cast<uint8_t>(number), static_cast<uint16_t>(value));
+  return true;
+}
+
 bool RegisterFile::connect(std::string_view pin, Net& net, bool inverted) {
   const bool isInput = pin.starts_with("in");
   if (!isInput && !pin.starts_with("out")) return false;

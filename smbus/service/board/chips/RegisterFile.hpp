@@ -17,9 +17,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "smbus/service/board/Chip.hpp"
 #include "smbus/service/board/Net.hpp"
 #include "smbus/service/board/Settings.hpp"
 
@@ -34,6 +36,9 @@ class RegisterFile {
 
   [[nodiscard]] uint16_t get(uint8_t number) const;
   void set(uint8_t number, uint16_t value);
+  // Past what is read-only; none, false: there is no such register.
+  [[nodiscard]] std::optional<Register> peek(uint32_t number) const;
+  [[nodiscard]] bool poke(uint32_t number, uint32_t value);
   [[nodiscard]] bool connect(std::string_view pin, Net& net, bool inverted);
   [[nodiscard]] bool readOnly(uint8_t number) const { return readOnly_[number]; }
 

@@ -65,7 +65,7 @@ TEST_F(BoardThreadsTest, BusesNetsAndEventsGoOnBesideEachOther) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(failures, 0);
   EXPECT_EQ(board->get("good"), 1) << "the last event was \"ac on\"";
-  EXPECT_EQ(power.count().transfers, uint64_t{kRounds});
+  EXPECT_EQ(power.counts().all.total().transfers, uint64_t{kRounds});
 }
 
 }  // namespace

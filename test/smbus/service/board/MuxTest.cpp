@@ -108,11 +108,14 @@ TEST_F(MuxTest, AnInnerMuxKeepsItsChannelsWhileItIsCutOff) {
 
 // A transfer that writes the mux and then, without a STOP, addresses a chip behind it.
 TEST_F(MuxTest, AChannelOpensAfterTheStopOnly) {
-  Wire wire(main().segment());
+  BusFaults none;
+  Wire wire(main().segment(), none);
+  wire.begin();
   EXPECT_TRUE(wire.start(kMux, false));
   EXPECT_TRUE(wire.write(1 << 1));
   EXPECT_FALSE(wire.start(kTwin, true));
   wire.stop();
+  wire.begin();
   EXPECT_TRUE(wire.start(kTwin, true));
   wire.stop();
 }

@@ -76,7 +76,8 @@ class VirtualBusTest : public ::testing::Test {
   ManualClock clock;
   BoardClock boardClock{clock};
   Wiring wiring;
-  VirtualBus bus{"main", {}, boardClock, wiring};
+  Agenda agenda{boardClock};
+  VirtualBus bus{"main", {}, boardClock, wiring, agenda};
   Scribe* scribe = nullptr;
   Operation operation;
   std::string answer = "left over";
@@ -225,15 +226,16 @@ TEST_F(VirtualBusTest, ASlowAnswerTakesItsTime) {
 TEST_F(VirtualBusTest, CountsWhatWentOverIt) {
   EXPECT_EQ(perform(OperationKind::kReceiveByte), 0);
   EXPECT_EQ(perform(OperationKind::kReadByte), 0);
-  EXPECT_EQ(bus.count().transfers, 2u);
-  EXPECT_EQ(bus.count().bits, 59u);
+  EXPECT_EQ(bus.counts().all.total().transfers, 2u);
+  EXPECT_EQ(bus.counts().all.total().bits, 59u);
 }
 
 TEST(VirtualBusTimeTest, WaitsForAsLongAsTheBitsTake) {
   ManualClock clock;
   BoardClock boardClock(clock);
   Wiring wiring;
-  VirtualBus bus("slow", {.clockHz = 10'000, .waitBusTime = true}, boardClock, wiring);
+  Agenda agenda(boardClock);
+  VirtualBus bus("slow", {.clockHz = 10'000, .waitBusTime = true}, boardClock, wiring, agenda);
   bus.segment().add("scribe", kAddress, std::make_unique<Scribe>());
   std::string answer;
   EXPECT_EQ(bus.perform({.kind = OperationKind::kReadByte, .address = kAddress}, answer), 0);

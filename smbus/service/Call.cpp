@@ -50,9 +50,12 @@ Call::Result Call::perform(std::string_view message) {
   if (!parse(message)) {
     return Result::kNotAMessage;
   }
+  begun_ = context_.clock.now();
+  number_ = 0;
+  failedRequest_.reset();
   response_.Clear();
   if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
-    fail(reasonOf(*refusal));
+    fail(refusal->request, reasonOf(*refusal));
   } else {
     carryOut();
   }
@@ -60,6 +63,7 @@ Call::Result Call::perform(std::string_view message) {
     return Result::kGivenUp;
   }
   putFrame(response_, frame_);
+  record(message, frame_);
   return Result::kAnswered;
 }
 
@@ -76,15 +80,19 @@ void Call::carryOut() {
   if (missing != nullptr) {
     const auto first = std::find_if(transaction_.begin(), transaction_.end(),
                                     [&](const Step& step) { return step.bus == missing; });
-    fail(reasonOf(static_cast<size_t>(first - transaction_.begin()),
-                  missing->hung() ? "the bus hangs: " : "the bus is held by others: ", ETIMEDOUT));
+    const auto step = static_cast<size_t>(first - transaction_.begin());
+    const char* what = missing->hung() ? "the bus hangs: " : "the bus is held by others: ";
+    fail(step, reasonOf(step, what, ETIMEDOUT));
     return;
   }
   end_ = context_.clock.now() + Milliseconds(context_.limits.transactionMs);
   const Outcome outcome = executor_.run(transaction_, retries(), end_, response_);
+  if (!givenUp()) {
+    takeNumber();
+  }
   hold_.release();
   if (outcome.error != 0) {
-    fail(reasonOf(outcome.step, "", outcome.error));
+    fail(outcome.step, reasonOf(outcome.step, "", outcome.error));
   }
 }
 
@@ -106,10 +114,38 @@ std::string Call::reasonOf(size_t step, std::string_view what, int error) const 
                      errorText(error));
 }
 
-void Call::fail(const std::string& reason) {
+void Call::fail(size_t request, const std::string& reason) {
+  failedRequest_ = request;
   response_.Clear();
   response_.set_failed(true);
   response_.set_reason(reason);
+}
+
+void Call::takeNumber() {
+  if (context_.recorder != nullptr && number_ == 0) {
+    number_ = context_.recorder->takeNumber();
+  }
+}
+
+void Call::record(std::string_view request, std::string_view frame) {
+  if (context_.recorder == nullptr) {
+    return;
+  }
+  takeNumber();
+  frame.remove_prefix(SmbusFrame::kHeaderSize);
+  context_.recorder->put(
+      {number_, begun_, context_.clock.now(), client_, failedRequest_, request, frame});
+}
+
+// The stuck thread has the message's bytes, and still reads what was parsed from them.
+void Call::recordGivenUp(size_t step, const std::string& reason, TimePoint now) {
+  if (context_.recorder == nullptr) {
+    return;
+  }
+  const std::string request = request_.SerializeAsString();
+  const std::string frame = failureFrame(reason);
+  context_.recorder->put({context_.recorder->takeNumber(), begun_, now, client_, step, request,
+                          std::string_view(frame).substr(SmbusFrame::kHeaderSize)});
 }
 
 std::optional<std::string> Call::remark() const {
@@ -158,7 +194,10 @@ std::optional<std::string> Call::giveUpIfStuck(TimePoint now) {
     slot->markHung();
   }
   const auto lasted = std::chrono::duration_cast<Milliseconds>(now - underWay_->since);
-  return reasonOf(underWay_->step, fmt::format("no end after {} ms: ", lasted.count()), ETIMEDOUT);
+  const std::string reason =
+      reasonOf(underWay_->step, fmt::format("no end after {} ms: ", lasted.count()), ETIMEDOUT);
+  recordGivenUp(underWay_->step, reason, now);
+  return reason;
 }
 
 }  // namespace SmbusService

@@ -16,7 +16,9 @@
 #include "smbus/service/BusSet.hpp"
 #include "smbus/service/Executor.hpp"
 #include "smbus/service/Log.hpp"
+#include "smbus/service/Peer.hpp"
 #include "smbus/service/Protocol.hpp"
+#include "smbus/service/recording/Recorder.hpp"
 
 namespace SmbusService {
 
@@ -27,6 +29,7 @@ struct Context {
   uint32_t retries;  // of a transaction that does not say
   Clock& clock;
   Log& log;
+  Recording::Recorder* recorder = nullptr;  // null: nothing is recorded
 };
 
 // The frame of an answer that says why a transaction failed.
@@ -36,7 +39,8 @@ class Call : private OperationWatch {
  public:
   enum class Result { kAnswered, kNotAMessage, kGivenUp };
 
-  explicit Call(const Context& context) : context_(context), executor_(context.clock, *this) {}
+  explicit Call(const Context& context, const Peer& client = {})
+      : context_(context), client_(client), executor_(context.clock, *this) {}
 
   // For the serving thread. kNotAMessage: the bytes are none, or one with too many requests.
   [[nodiscard]] Result perform(std::string_view message);
@@ -66,13 +70,17 @@ class Call : private OperationWatch {
 
   [[nodiscard]] bool parse(std::string_view message);
   void carryOut();
-  void fail(const std::string& reason);
+  void fail(size_t request, const std::string& reason);
+  void takeNumber();
+  void record(std::string_view request, std::string_view frame);
+  void recordGivenUp(size_t step, const std::string& reason, TimePoint now);
   [[nodiscard]] uint32_t retries() const;
   [[nodiscard]] std::string reasonOf(const Refusal& refusal) const;
   [[nodiscard]] std::string reasonOf(size_t step, std::string_view what, int error) const;
   [[nodiscard]] bool givenUp();
 
   const Context context_;
+  const Peer client_;
   Executor executor_;
   size_t requestBytes_ = 0;
   Smbus::TransactionRequest request_;
@@ -81,6 +89,11 @@ class Call : private OperationWatch {
   BusHold hold_;
   std::string frame_;
   TimePoint end_;  // when the transaction under way should be over
+
+  // For the recorder.
+  TimePoint begun_;
+  uint64_t number_ = 0;
+  std::optional<size_t> failedRequest_;
 
   std::mutex mutex_;  // guards what follows
   std::optional<UnderWay> underWay_;

@@ -127,6 +127,7 @@ Configuration readConfiguration(const Config::JsonFile& file) {
   configuration.retries = number(document, "retries", 0);
   const Value* force = member(document, "force");
   configuration.force = force == nullptr || force->GetBool();
+  configuration.record = besideFile(file, text(document, "record", ""));
   configuration.virtualBoard = besideFile(file, text(document, "virtual_board", ""));
   configuration.buses = readBuses(file, document["buses"]);
   requireVirtualBoard(file, configuration);

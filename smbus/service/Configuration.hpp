@@ -37,6 +37,7 @@ struct Configuration {
   Limits limits;
   uint32_t retries = 0;
   bool force = true;
+  std::string record;        // path of the recording; empty: none
   std::string virtualBoard;  // path; empty: none
   std::vector<BusEntry> buses;
 };

@@ -11,6 +11,7 @@
 #include "smbus/service/Server.hpp"
 #include "smbus/service/SocketTransport.hpp"
 #include "smbus/service/Systemd.hpp"
+#include "smbus/service/recording/Recorder.hpp"
 
 namespace SmbusService {
 
@@ -41,6 +42,23 @@ void tellSystemd(const BusSlot* hung) {
   }
 }
 
+std::unique_ptr<Recording::Recorder> recorderOf(const Configuration& configuration,
+                                                const std::string& version, Clock& clock,
+                                                Log& log) {
+  if (configuration.record.empty()) {
+    return nullptr;
+  }
+  std::vector<BusKey> buses;
+  for (const BusEntry& entry : configuration.buses) {
+    buses.push_back(entry.key);
+  }
+  return std::make_unique<Recording::Recorder>(
+      Recording::RecorderSettings{configuration.record, version, std::move(buses),
+                                  configuration.limits.recordBytes,
+                                  configuration.limits.recordQueueBytes},
+      clock, log, Recording::systemUtc);
+}
+
 // Everything that serves, in the order in which it is made.
 class Daemon {
  public:
@@ -52,15 +70,25 @@ class Daemon {
     if (!options.socket.empty()) {
       configuration_.socket.path = options.socket;
     }
+    if (!options.record.empty()) {
+      configuration_.record = options.record;
+    }
     for (const BusEntry& entry : configuration_.buses) {
       (void)buses_.add(entry.key, backEnds_.open(entry), clock_);  // each is there once
     }
+    recorder_ = recorderOf(configuration_, options.version, clock_, log_);
   }
 
   bool serve(int stop) {
     auto socket = listenAt(configuration_.socket);
-    server_ = std::make_unique<Server>(
-        Context{buses_, configuration_.limits, configuration_.retries, clock_, log_}, tellSystemd);
+    server_ =
+        std::make_unique<Server>(Context{buses_, configuration_.limits, configuration_.retries,
+                                         clock_, log_, recorder_.get()},
+                                 tellSystemd);
+    std::optional<Recording::RecorderThread> writer;  // until serving is over, however it ends
+    if (recorder_) {
+      writer.emplace(*recorder_, clock_);
+    }
     Acceptor acceptor(
         socket->descriptor(), clock_, log_, [this](Descriptor client, const Peer& peer) {
           server_->adopt(std::make_unique<SocketTransport>(std::move(client), clock_), peer);
@@ -81,6 +109,7 @@ class Daemon {
   Configuration configuration_;
   const BackEnds backEnds_;
   BusSet buses_;
+  std::unique_ptr<Recording::Recorder> recorder_;  // null: nothing is recorded
   std::unique_ptr<Server> server_;
 };
 

@@ -12,6 +12,8 @@ namespace SmbusService {
 struct DaemonOptions {
   std::string configuration;  // path of the file
   std::string socket;         // path that replaces the configuration's; empty: none
+  std::string record;         // the same of the recording
+  std::string version;        // of the service
 };
 
 // Checks the configuration and, if there is one, the virtual board's file; opens nothing else.

@@ -10,6 +10,7 @@ namespace SmbusService {
 namespace {
 
 constexpr uint32_t kHour = 3'600'000;  // ms
+constexpr uint32_t kGibibyte = 1024 * 1024 * 1024;
 
 constexpr std::array kTable{
     LimitRow{"connections", &Limits::connections, 1, 65536, "connections",
@@ -33,6 +34,10 @@ constexpr std::array kTable{
              "for a transaction with its retries; no operation or retry is begun later"},
     LimitRow{"stop_ms", &Limits::stopMs, 10, kHour, "ms",
              "for transactions under way to end when the service is stopped"},
+    LimitRow{"record_bytes", &Limits::recordBytes, 64 * 1024, kGibibyte, "bytes",
+             "in the recording, both of its files together; the older half goes first"},
+    LimitRow{"record_queue_bytes", &Limits::recordQueueBytes, 64 * 1024, kGibibyte, "bytes",
+             "that wait in memory to be recorded; what does not fit is missing in the recording"},
 };
 
 }  // namespace

@@ -21,6 +21,8 @@ struct Limits {
   uint32_t busMs = 5000;
   uint32_t transactionMs = 15000;
   uint32_t stopMs = 10000;
+  uint32_t recordBytes = 64 * 1024 * 1024;
+  uint32_t recordQueueBytes = 4 * 1024 * 1024;
 };
 
 struct LimitRow {

@@ -17,6 +17,7 @@ struct Peer {
   pid_t pid = 0;
   uid_t uid = 0;
   gid_t gid = 0;
+  uint64_t connection = 0;  // its number, from 1 in the order in which they came
 };
 
 // "pid 12 uid 0 gid 0"

@@ -40,7 +40,9 @@ void Server::adopt(std::unique_ptr<Transport> transport, const Peer& peer) {
                         fmt::format("client {}: refused: {}", describe(peer), why));
       return;
     }
-    session = std::make_shared<Session>(context_, threads_, std::move(transport), peer,
+    Peer numbered = peer;
+    numbered.connection = ++lastConnection_;
+    session = std::make_shared<Session>(context_, threads_, std::move(transport), numbered,
                                         [this](const auto& over) { ended(over); });
     sessions_.insert(session);
   }

@@ -54,6 +54,7 @@ class Server {
   std::mutex mutex_;  // guards what follows
   std::condition_variable stopping_;
   bool stopped_ = false;
+  uint64_t lastConnection_ = 0;
   Admission admission_;
   Sessions sessions_;
 

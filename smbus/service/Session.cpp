@@ -13,7 +13,7 @@ Session::Session(const Context& context, Threads& threads, std::unique_ptr<Trans
       peer_(peer),
       ended_(std::move(ended)),
       reader_(*transport_, context_.clock, context_.limits),
-      call_(std::make_shared<Call>(context_)) {}
+      call_(std::make_shared<Call>(context_, peer_)) {}
 
 void Session::start() { continueWith(call_, {}); }
 
@@ -76,7 +76,7 @@ void Session::giveUpIfStuck(TimePoint now) {
   const std::optional<std::string> reason = call_->giveUpIfStuck(now);
   if (reason) {
     log(Level::kError, "given up: " + *reason);
-    call_ = std::make_shared<Call>(context_);
+    call_ = std::make_shared<Call>(context_, peer_);
     continueWith(call_, failureFrame(*reason));
   }
 }

@@ -35,12 +35,16 @@ int serve(const SmbusService::DaemonOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  SmbusService::DaemonOptions options{kDefaultConfiguration, ""};
+  SmbusService::DaemonOptions options;
+  options.configuration = kDefaultConfiguration;
+  options.version = NIMBO_VERSION;
   std::string checked;
   CLI::App app("The SMBus service: performs transactions on a board's buses for its clients.",
                "smbusd");
   app.add_option("--config", options.configuration, "configuration file")->capture_default_str();
   app.add_option("--socket", options.socket, "path of the socket, in place of the configured one");
+  app.add_option("--record", options.record,
+                 "record every transaction in this file, in place of the configured one");
   app.add_option("--check", checked, "check a configuration file, open nothing, and end");
   app.set_version_flag("--version", "smbusd " NIMBO_VERSION);
   CLI11_PARSE(app, argc, argv);

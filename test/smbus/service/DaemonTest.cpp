@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "smbus/service/Listener.hpp"
+#include "smbus/service/recording/RecordingReader.hpp"
 #include "test/smbus/service/support/Messages.hpp"
 #include "test/smbus/service/support/ServiceProcess.hpp"
 #include "test/smbus/service/support/TestClient.hpp"
@@ -117,6 +118,40 @@ TEST_F(DaemonTest, CheckOpensNoDevice) {
   EXPECT_EQ(service_.run("--check", service_.configurationPath()), 0);
   EXPECT_EQ(service_.run("--config", service_.configurationPath()), kWrongConfiguration);
   EXPECT_THAT(service_.errors(), HasSubstr("/dev/i2c-1048575: No such file or directory"));
+}
+
+constexpr const char* kRecorded = R"({"virtual_board": "board.json", "record": "recording",
+  "buses": [{"master": "I2C", "bus": 5, "backend": {"virtual": "b"}}]})";
+
+TEST_F(DaemonTest, RecordsEveryTransactionAndWritesTheLastOnesWhenItIsStopped) {
+  service_.writeConfiguration(kRecorded);
+  service_.start();
+  for (int i = 0; i < 3; ++i) {
+    TestClient client(service_.socketPath());
+    EXPECT_TRUE(isGoodRead(client.call(readOfTheChip())));
+  }
+  service_.signal(SIGTERM);
+  EXPECT_EQ(service_.wait(), 0);
+  Recording::RecordingReader reader(service_.path("recording"));
+  EXPECT_EQ(reader.header().buses, std::vector{busKey()});
+  Recording::Line line;
+  for (uint64_t i = 1; i <= 3; ++i) {
+    ASSERT_TRUE(reader.next(line));
+    ASSERT_TRUE(std::holds_alternative<Recording::Record>(line));
+    const auto& record = std::get<Recording::Record>(line);
+    EXPECT_EQ(record.number, i);
+    EXPECT_EQ(record.client.connection, i);
+    EXPECT_EQ(record.client.pid, ::getpid());
+    EXPECT_TRUE(isGoodRead(record.response));
+  }
+  EXPECT_FALSE(reader.next(line));
+}
+
+TEST_F(DaemonTest, ARecordingThatCannotBeWrittenKeepsItFromServing) {
+  service_.writeConfiguration(R"({"virtual_board": "board.json", "record": "nowhere/recording",
+    "buses": [{"master": "I2C", "bus": 5, "backend": {"virtual": "b"}}]})");
+  EXPECT_EQ(service_.run("--config", service_.configurationPath()), 1);
+  EXPECT_THAT(service_.errors(), HasSubstr("nowhere/recording: the recording cannot be written"));
 }
 
 // Reads until told to stop, over a new connection whenever the old one is lost; counts the good

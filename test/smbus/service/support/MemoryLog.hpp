@@ -18,12 +18,14 @@ class MemoryLog : public Log {
     const std::lock_guard lock(mutex_);
     lines_.emplace_back(text);
   }
-  [[nodiscard]] bool has(std::string_view part) {
+  // Lines that contain this.
+  [[nodiscard]] size_t count(std::string_view part) {
     const std::lock_guard lock(mutex_);
-    return std::any_of(lines_.begin(), lines_.end(), [part](const std::string& line) {
-      return line.find(part) != std::string::npos;
-    });
+    return static_cast<size_t>(std::count_if(
+        lines_.begin(), lines_.end(),
+        [part](const std::string& line) { return line.find(part) != std::string::npos; }));
   }
+  [[nodiscard]] bool has(std::string_view part) { return count(part) > 0; }
 
  private:
   std::mutex mutex_;

@@ -27,8 +27,9 @@ class ServiceProcess {
   ServiceProcess(const ServiceProcess&) = delete;
   ServiceProcess& operator=(const ServiceProcess&) = delete;
 
-  [[nodiscard]] std::string socketPath() const { return directory_ / "smbus.sock"; }
-  [[nodiscard]] std::string configurationPath() const { return directory_ / "smbusd.json"; }
+  [[nodiscard]] std::string path(const char* name) const { return directory_ / name; }
+  [[nodiscard]] std::string socketPath() const { return path("smbus.sock"); }
+  [[nodiscard]] std::string configurationPath() const { return path("smbusd.json"); }
   void writeConfiguration(const std::string& text) const;
 
   // Starts the service and waits until it says that it is ready. With a listening socket, hands it

@@ -21,7 +21,8 @@ bool isGoodWord(const std::optional<Smbus::TransactionResponse>& response) {
          response->response(0).data() == "\x10\x11";
 }
 
-TestServer::TestServer(size_t buses, Limits limits) : limits_(limits) {
+TestServer::TestServer(size_t buses, Limits limits, Recording::Recorder* recorder)
+    : limits_(limits), recorder_(recorder) {
   for (uint32_t i = 0; i < buses; ++i) {
     auto fake = std::make_shared<FakeBus>();
     fakes_.push_back(fake.get());
@@ -39,7 +40,7 @@ TestServer::~TestServer() {
 }
 
 void TestServer::begin() {
-  server_ = std::make_unique<Server>(Context{buses_, limits_, 0, clock_, log_},
+  server_ = std::make_unique<Server>(Context{buses_, limits_, 0, clock_, log_, recorder_},
                                      [this](const BusSlot* hung) { sawHung_ = hung != nullptr; });
 }
 

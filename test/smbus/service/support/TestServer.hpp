@@ -22,7 +22,8 @@ inline constexpr uint8_t kFakeBusDevice = 0x50;
 
 class TestServer {
  public:
-  explicit TestServer(size_t buses = 1, Limits limits = {});
+  explicit TestServer(size_t buses = 1, Limits limits = {},
+                      Recording::Recorder* recorder = nullptr);
   // Resumes every bus and stops.
   ~TestServer();
 
@@ -43,6 +44,7 @@ class TestServer {
   void begin();
 
   Limits limits_;
+  Recording::Recorder* recorder_;
   SystemClock clock_;
   MemoryLog log_;
   BusSet buses_;

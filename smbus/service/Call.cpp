@@ -54,7 +54,9 @@ Call::Result Call::perform(std::string_view message) {
   number_ = 0;
   failedRequest_.reset();
   response_.Clear();
-  if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
+  if (context_.replay != nullptr) {
+    response_ = context_.replay->answer(request_);
+  } else if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
     fail(refusal->request, reasonOf(*refusal));
   } else {
     carryOut();

@@ -19,6 +19,7 @@
 #include "smbus/service/Peer.hpp"
 #include "smbus/service/Protocol.hpp"
 #include "smbus/service/recording/Recorder.hpp"
+#include "smbus/service/recording/Replay.hpp"
 
 namespace SmbusService {
 
@@ -30,6 +31,7 @@ struct Context {
   Clock& clock;
   Log& log;
   Recording::Recorder* recorder = nullptr;  // null: nothing is recorded
+  Recording::Replay* replay = nullptr;      // answers in place of the buses; null: the buses do
 };
 
 // The frame of an answer that says why a transaction failed.

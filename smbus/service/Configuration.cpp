@@ -118,6 +118,12 @@ std::vector<BusEntry> readBuses(const Config::JsonFile& file, const Value& array
 
 std::string_view configurationSchema() { return Embedded::kSmbusdSchema; }
 
+Configuration defaultConfiguration() {
+  Configuration configuration;
+  configuration.socket.path = defaultSocketPath();
+  return configuration;
+}
+
 Configuration readConfiguration(const Config::JsonFile& file) {
   file.validate(configurationSchema());
   const Value& document = file.document();

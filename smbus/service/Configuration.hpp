@@ -46,6 +46,9 @@ struct Configuration {
 // a virtual bus without a virtual board.
 [[nodiscard]] Configuration readConfiguration(const Config::JsonFile& file);
 
+// One without a file, and without buses.
+[[nodiscard]] Configuration defaultConfiguration();
+
 // The schema's text.
 [[nodiscard]] std::string_view configurationSchema();
 

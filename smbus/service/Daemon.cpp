@@ -42,15 +42,20 @@ void tellSystemd(const BusSlot* hung) {
   }
 }
 
+std::vector<BusKey> busesOf(const Configuration& configuration) {
+  std::vector<BusKey> buses;
+  for (const BusEntry& entry : configuration.buses) {
+    buses.push_back(entry.key);
+  }
+  return buses;
+}
+
 std::unique_ptr<Recording::Recorder> recorderOf(const Configuration& configuration,
+                                                std::vector<BusKey> buses,
                                                 const std::string& version, Clock& clock,
                                                 Log& log) {
   if (configuration.record.empty()) {
     return nullptr;
-  }
-  std::vector<BusKey> buses;
-  for (const BusEntry& entry : configuration.buses) {
-    buses.push_back(entry.key);
   }
   return std::make_unique<Recording::Recorder>(
       Recording::RecorderSettings{configuration.record, version, std::move(buses),
@@ -59,13 +64,29 @@ std::unique_ptr<Recording::Recorder> recorderOf(const Configuration& configurati
       clock, log, Recording::systemUtc);
 }
 
+// A replay needs no file, and none of its buses.
+Config::JsonFile fileOf(const DaemonOptions& options) {
+  return options.configuration.empty() ? Config::JsonFile::parse("defaults", "{}")
+                                       : Config::JsonFile::load(options.configuration);
+}
+
+Configuration configurationOf(const DaemonOptions& options, const Config::JsonFile& file) {
+  Configuration configuration =
+      options.configuration.empty() ? defaultConfiguration() : readConfiguration(file);
+  if (!options.replay.empty()) {
+    configuration.buses.clear();
+    configuration.virtualBoard.clear();
+  }
+  return configuration;
+}
+
 // Everything that serves, in the order in which it is made.
 class Daemon {
  public:
   Daemon(const DaemonOptions& options, Log& log)
       : log_(log),
-        file_(Config::JsonFile::load(options.configuration)),
-        configuration_(readConfiguration(file_)),
+        file_(fileOf(options)),
+        configuration_(configurationOf(options, file_)),
         backEnds_(file_, configuration_, clock_) {
     if (!options.socket.empty()) {
       configuration_.socket.path = options.socket;
@@ -76,14 +97,17 @@ class Daemon {
     for (const BusEntry& entry : configuration_.buses) {
       (void)buses_.add(entry.key, backEnds_.open(entry), clock_);  // each is there once
     }
-    recorder_ = recorderOf(configuration_, options.version, clock_, log_);
+    serving_ = fmt::format("serving {} buses", buses_.size());
+    recorder_ = recorderOf(configuration_,
+                           options.replay.empty() ? busesOf(configuration_) : beginReplay(options),
+                           options.version, clock_, log_);
   }
 
   bool serve(int stop) {
     auto socket = listenAt(configuration_.socket);
     server_ =
         std::make_unique<Server>(Context{buses_, configuration_.limits, configuration_.retries,
-                                         clock_, log_, recorder_.get()},
+                                         clock_, log_, recorder_.get(), replay_.get()},
                                  tellSystemd);
     std::optional<Recording::RecorderThread> writer;  // until serving is over, however it ends
     if (recorder_) {
@@ -93,7 +117,7 @@ class Daemon {
         socket->descriptor(), clock_, log_, [this](Descriptor client, const Peer& peer) {
           server_->adopt(std::make_unique<SocketTransport>(std::move(client), clock_), peer);
         });
-    log_.line(Level::kNotice, fmt::format("serving {} buses", buses_.size()));
+    log_.line(Level::kNotice, serving_);
     Systemd::notifyReady();
     acceptor.run(stop);
     Systemd::notifyStopping();
@@ -103,12 +127,23 @@ class Daemon {
   }
 
  private:
+  // Returns the recording's buses.
+  std::vector<BusKey> beginReplay(const DaemonOptions& options) {
+    Recording::RecordingReader reader(options.replay);
+    std::vector<Recording::Record> records = loadRecords(reader, log_);
+    serving_ = fmt::format("replaying {} transactions of {}", records.size(), options.replay);
+    replay_ = makeReplay(options.replayMode, std::move(records), log_);
+    return reader.header().buses;
+  }
+
   Log& log_;
   SystemClock clock_;
   const Config::JsonFile file_;
   Configuration configuration_;
   const BackEnds backEnds_;
   BusSet buses_;
+  std::string serving_;
+  std::unique_ptr<Recording::Replay> replay_;      // null: the buses are served
   std::unique_ptr<Recording::Recorder> recorder_;  // null: nothing is recorded
   std::unique_ptr<Server> server_;
 };

@@ -6,14 +6,17 @@
 #include <string>
 
 #include "smbus/service/Log.hpp"
+#include "smbus/service/recording/Replay.hpp"
 
 namespace SmbusService {
 
 struct DaemonOptions {
-  std::string configuration;  // path of the file
+  std::string configuration;  // path of the file; may be empty for a replay
   std::string socket;         // path that replaces the configuration's; empty: none
   std::string record;         // the same of the recording
   std::string version;        // of the service
+  std::string replay;  // path of a recording that is served in place of the buses; empty: none
+  Recording::ReplayMode replayMode = Recording::ReplayMode::kStrict;
 };
 
 // Checks the configuration and, if there is one, the virtual board's file; opens nothing else.

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <map>
+#include <string>
 
 #include "config/FileError.hpp"
 #include "smbus/service/Daemon.hpp"
@@ -13,6 +15,10 @@
 namespace {
 
 constexpr const char* kDefaultConfiguration = "/etc/nimbo/smbusd.json";
+
+const std::map<std::string, SmbusService::Recording::ReplayMode> kReplayModes = {
+    {"strict", SmbusService::Recording::ReplayMode::kStrict},
+    {"loose", SmbusService::Recording::ReplayMode::kLoose}};
 
 // Exit codes beside 0 and what the option parser returns.
 constexpr int kFailed = 1;
@@ -41,13 +47,25 @@ int main(int argc, char** argv) {
   std::string checked;
   CLI::App app("The SMBus service: performs transactions on a board's buses for its clients.",
                "smbusd");
-  app.add_option("--config", options.configuration, "configuration file")->capture_default_str();
+  const CLI::Option* config =
+      app.add_option("--config", options.configuration, "configuration file")
+          ->capture_default_str();
   app.add_option("--socket", options.socket, "path of the socket, in place of the configured one");
   app.add_option("--record", options.record,
                  "record every transaction in this file, in place of the configured one");
+  app.add_option("--replay", options.replay,
+                 "serve this recording in place of the buses; needs no configuration");
+  app.add_option("--replay-mode", options.replayMode,
+                 "strict: expect the recorded transactions in their order (default);\n"
+                 "loose: answer any, register by register")
+      ->transform(CLI::CheckedTransformer(kReplayModes))
+      ->type_name("strict|loose");
   app.add_option("--check", checked, "check a configuration file, open nothing, and end");
   app.set_version_flag("--version", "smbusd " NIMBO_VERSION);
   CLI11_PARSE(app, argc, argv);
+  if (!options.replay.empty() && config->count() == 0) {
+    options.configuration.clear();
+  }
   try {
     return checked.empty() ? serve(options) : check(checked);
   } catch (const Config::FileError& error) {

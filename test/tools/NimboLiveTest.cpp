@@ -2,55 +2,31 @@
 //
 // nimbo over the production path: library, messages, socket, service, and behind it the virtual
 // board that boards/halvorsa/ describes.
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <csignal>
 #include <string>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "test/tools/LiveService.hpp"
 #include "test/tools/NimboFixture.hpp"
 
 namespace {
 
 using testing::HasSubstr;
+using TestSupport::LiveService;
 using TestSupport::parsed;
 using TestSupport::Process;
 using TestSupport::Result;
 
-bool accepts(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool accepted =
-      ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::close(fd);
-  return accepted;
-}
-
 class NimboLive : public TestSupport::NimboFixture {
  protected:
-  void SetUp() override {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{30};
-    while (!accepts(socket())) {
-      ASSERT_LT(std::chrono::steady_clock::now(), giveUp) << service_.finish().err;
-      std::this_thread::yield();
-    }
-  }
-
   Result live(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), "--live");
     return nimbo(arguments);
   }
 
-  Process service_{{NIMBO_SMBUSD, "--config", NIMBO_SMBUSD_CONFIGURATION, "--socket", socket()},
-                   {}};
+  LiveService service_{socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION}};
 };
 
 TEST_F(NimboLive, ShowsTheSameBoardAsTheSimulation) {

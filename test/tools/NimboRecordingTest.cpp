@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What nimbo sees of a board, recorded by the service and served again from the recording.
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "test/tools/LiveService.hpp"
+#include "test/tools/NimboFixture.hpp"
+
+namespace {
+
+using testing::HasSubstr;
+using TestSupport::LiveService;
+using TestSupport::Result;
+
+class NimboRecording : public TestSupport::NimboFixture {
+ protected:
+  std::string recording() const { return directory_ + "/recording"; }
+
+  // A board that is shown, a module that is not there, and a write that is read back.
+  std::vector<Result> session() const {
+    std::vector<Result> results;
+    for (const std::vector<std::string>& arguments :
+         std::vector<std::vector<std::string>>{{"--live", "show", "--json"},
+                                               {"--live", "smbus", "qsfp52", "get", "0"},
+                                               {"--live", "smbus", "psu1-eeprom", "set", "0x20",
+                                                "1", "2", "3", "s", "get", "0x20", "s"},
+                                               {"--live", "gpio", "set", "watchdog-enable"},
+                                               {"--live", "gpio", "get", "watchdog-enable"}}) {
+      results.push_back(nimbo(arguments));
+    }
+    return results;
+  }
+  std::vector<Result> recorded() const {
+    LiveService service(socket(),
+                        {"--config", NIMBO_SMBUSD_CONFIGURATION, "--record", recording()});
+    std::vector<Result> results = session();
+    EXPECT_EQ(service.stop().code, 0);
+    return results;
+  }
+  void expectTheSame(const std::vector<Result>& live, const std::vector<Result>& again) const {
+    ASSERT_EQ(live.size(), again.size());
+    for (size_t i = 0; i < live.size(); ++i) {
+      EXPECT_EQ(live[i].code, again[i].code);
+      EXPECT_EQ(live[i].out, again[i].out);
+      EXPECT_EQ(live[i].err, again[i].err);
+    }
+  }
+};
+
+TEST_F(NimboRecording, AStrictReplayShowsTheSameStatusesAndValues) {
+  const std::vector<Result> live = recorded();
+  EXPECT_EQ(live[0].code, 3) << "a fan stalls";
+  EXPECT_EQ(live[2].out, "01 02 03\n");
+  LiveService service(socket(), {"--replay", recording()});
+  expectTheSame(live, session());
+  EXPECT_THAT(service.stop().err, testing::Not(HasSubstr("replay: ")));
+}
+
+TEST_F(NimboRecording, ALooseReplayShowsTheSameStatusesAndValues) {
+  const std::vector<Result> live = recorded();
+  LiveService service(socket(), {"--replay", recording(), "--replay-mode", "loose"});
+  expectTheSame(live, session());
+}
+
+TEST_F(NimboRecording, ALooseReplayGoesOnWhenTheRecordingHasEnded) {
+  recorded();
+  LiveService service(socket(), {"--replay", recording(), "--replay-mode", "loose"});
+  session();
+  EXPECT_EQ(nimbo({"--live", "show", "--json"}).code, 3) << "the fan stalls still";
+  EXPECT_EQ(nimbo({"--live", "smbus", "psu1-eeprom", "get", "0x20", "s"}).out, "01 02 03\n");
+}
+
+TEST_F(NimboRecording, AStrictReplayTellsHowTheHostDeviates) {
+  recorded();
+  LiveService service(socket(), {"--replay", recording()});
+  EXPECT_EQ(nimbo({"--live", "smbus", "qsfp51", "get", "0"}).code, 3);
+  EXPECT_THAT(service.stop().err,
+              HasSubstr("given: Write of 0 bytes at register 0x08 of device 0x70 on SCD bus 1"));
+}
+
+TEST_F(NimboRecording, AReplayOfWhatIsNoRecordingDoesNotBegin) {
+  std::ofstream(recording()) << "{}\n";
+  const Result result = TestSupport::run({NIMBO_SMBUSD, "--replay", recording()}, {});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_THAT(result.err, HasSubstr(recording() + ":1:1: "));
+}
+
+}  // namespace

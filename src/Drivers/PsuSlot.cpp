@@ -24,17 +24,6 @@ constexpr unsigned kBitsOfWord = 32;
 const PsuIdentity kUnpowered = {"N/A", "PWR-UNKNOWN"};
 const PsuIdentity kWedge = {"N/A", "PWR-WEDGE"};
 
-// What a device says of itself, made fit for a descriptor: no placeholder, no quote, no line end.
-std::string harmless(std::string text) {
-  for (char& c : text) {
-    const bool printable = c >= ' ' && c <= '~';
-    if (!printable || std::strchr("{}\"\\", c) != nullptr) {
-      c = '?';
-    }
-  }
-  return text;
-}
-
 bool beginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
 
 }  // namespace

@@ -128,13 +128,14 @@ class Emerson : public testing::Test {
     host().traces.clear();
   }
 
-  // As the host has it: from a device that has started. Neither is deleted, by contract.
+  // As the host has it: from a device that has started. The logical device is never deleted, by
+  // contract.
   Psu& psu(const char* id = "1") {
-    static EmersonPmbus* device;
-    static Psu* supply;
-    device = made<EmersonPmbus>(faulty_, {{"psuId", id}}).release();
+    static std::vector<std::pair<std::unique_ptr<EmersonPmbus>, Psu*>> kept;
+    auto device = made<EmersonPmbus>(faulty_, {{"psuId", id}});
     device->init();
-    supply = device->newPsu(settings({}));
+    Psu* supply = device->newPsu(settings({}));
+    kept.emplace_back(std::move(device), supply);
     host().traces.clear();
     return *supply;
   }

@@ -20,6 +20,9 @@ class BackEnds {
   BackEnds(const Config::JsonFile& file, const Configuration& configuration, Clock& clock);
   ~BackEnds();
 
+  // Null: the configuration names none.
+  [[nodiscard]] const std::shared_ptr<Board::VirtualBoard>& board() const { return board_; }
+
   // Throws Config::FileError, at the place of the back-end in the configuration.
   [[nodiscard]] std::shared_ptr<Bus> open(const BusEntry& entry) const;
 

@@ -38,11 +38,11 @@ std::string text(const Value& object, const char* key, const std::string& otherw
   return value == nullptr ? otherwise : value->GetString();
 }
 
-SocketSettings readSocket(const Value* socket) {
+SocketSettings readSocket(const Value* socket, const std::string& path) {
   const Value empty(rapidjson::kObjectType);
   const Value& object = socket == nullptr ? empty : *socket;
   SocketSettings settings;
-  settings.path = text(object, "path", defaultSocketPath());
+  settings.path = text(object, "path", path);
   settings.mode = static_cast<mode_t>(std::stoul(text(object, "mode", "0660"), nullptr, 8));
   settings.group = text(object, "group", "");
   return settings;
@@ -128,7 +128,8 @@ Configuration readConfiguration(const Config::JsonFile& file) {
   file.validate(configurationSchema());
   const Value& document = file.document();
   Configuration configuration;
-  configuration.socket = readSocket(member(document, "socket"));
+  configuration.socket = readSocket(member(document, "socket"), defaultSocketPath());
+  configuration.control = readSocket(member(document, "control"), "");
   configuration.limits = readLimits(member(document, "limits"));
   configuration.retries = number(document, "retries", 0);
   const Value* force = member(document, "force");

@@ -34,6 +34,9 @@ struct BusEntry {
 
 struct Configuration {
   SocketSettings socket;
+  // Its path is empty if the configuration does not name one: it is then beside the socket, and
+  // there only for a virtual board.
+  SocketSettings control;
   Limits limits;
   uint32_t retries = 0;
   bool force = true;

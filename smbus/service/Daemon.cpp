@@ -8,10 +8,10 @@
 #include <memory>
 
 #include "smbus/service/BackEnds.hpp"
-#include "smbus/service/LimitedLog.hpp"
 #include "smbus/service/Server.hpp"
 #include "smbus/service/SocketTransport.hpp"
 #include "smbus/service/Systemd.hpp"
+#include "smbus/service/control/BoardControlSocket.hpp"
 #include "smbus/service/recording/Recorder.hpp"
 
 namespace SmbusService {
@@ -85,9 +85,9 @@ Configuration configurationOf(const DaemonOptions& options, const Config::JsonFi
 class Daemon {
  public:
   Daemon(const DaemonOptions& options, Log& log)
-      : file_(fileOf(options)),
+      : log_(log),
+        file_(fileOf(options)),
         configuration_(configurationOf(options, file_)),
-        log_(log, clock_, configuration_.limits.logLines),
         backEnds_(file_, configuration_, clock_) {
     if (!options.socket.empty()) {
       configuration_.socket.path = options.socket;
@@ -118,12 +118,17 @@ class Daemon {
         socket->descriptor(), clock_, log_, [this](Descriptor client, const Peer& peer) {
           server_->adopt(std::make_unique<SocketTransport>(std::move(client), clock_), peer);
         });
+    openControl();
     log_.line(Level::kNotice, serving_);
     Systemd::notifyReady();
     acceptor.run(stop);
     Systemd::notifyStopping();
     log_.line(Level::kNotice, "stopping");
     socket.reset();
+    control_.reset();
+    if (backEnds_.board() != nullptr) {
+      backEnds_.board()->faults().close();  // a hang that was asked for keeps nobody
+    }
     return server_->stop();
   }
 
@@ -137,16 +142,38 @@ class Daemon {
     return reader.header().buses;
   }
 
+  // One that nobody has asked for is done without if it cannot be had.
+  void openControl() {
+    SocketSettings settings = configuration_.control;
+    const bool asked = !settings.path.empty();
+    if (!asked) {
+      if (backEnds_.board() == nullptr) {
+        return;
+      }
+      settings.path = defaultControlPath(configuration_.socket.path);
+    }
+    try {
+      control_ = std::make_unique<BoardControlSocket>(settings, configuration_.limits, clock_, log_,
+                                                      backEnds_.board());
+    } catch (const ListenError& error) {
+      if (asked) {
+        throw;
+      }
+      log_.line(Level::kWarning, fmt::format("no control socket: {}", error.what()));
+    }
+  }
+
+  Log& log_;
   SystemClock clock_;
   const Config::JsonFile file_;
   Configuration configuration_;
-  LimitedLog log_;
   const BackEnds backEnds_;
   BusSet buses_;
   std::string serving_;
   std::unique_ptr<Recording::Replay> replay_;      // null: the buses are served
   std::unique_ptr<Recording::Recorder> recorder_;  // null: nothing is recorded
   std::unique_ptr<Server> server_;
+  std::unique_ptr<BoardControlSocket> control_;
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <numeric>
 
 namespace SmbusService::Board {
@@ -33,10 +34,19 @@ size_t distance(std::string_view from, std::string_view to) {
   return row.back();
 }
 
-// Near enough to be a slip of the finger.
-bool near(std::string_view name, std::string_view known) {
-  if (name.size() > kLongestCompared) return false;
-  return distance(name, known) <= (std::min(name.size(), known.size()) + 1) / 3;
+// Those that are near enough to be meant, by a slip of the finger: the nearest.
+std::vector<std::string> similar(std::string_view name, const std::vector<std::string>& known) {
+  std::vector<std::string> nearest;
+  if (name.size() > kLongestCompared) return nearest;
+  size_t least = SIZE_MAX;
+  for (const std::string& other : known) {
+    const size_t away = distance(name, other);
+    if (away > (std::min(name.size(), other.size()) + 2) / 3 || away > least) continue;
+    if (away < least) nearest.clear();
+    least = away;
+    nearest.push_back(other);
+  }
+  return nearest;
 }
 
 std::string quoted(std::vector<std::string> names, std::string_view between) {
@@ -50,11 +60,9 @@ std::string quoted(std::vector<std::string> names, std::string_view between) {
 
 std::string unknownName(std::string_view what, std::string_view name,
                         const std::vector<std::string>& known) {
-  std::vector<std::string> similar;
-  std::ranges::copy_if(known, std::back_inserter(similar),
-                       [name](const std::string& other) { return near(name, other); });
+  const std::vector<std::string> meant = similar(name, known);
   const std::string none = fmt::format("there is no {} \"{}\"", what, name);
-  if (!similar.empty()) return fmt::format("{}; did you mean {}?", none, quoted(similar, " or "));
+  if (!meant.empty()) return fmt::format("{}; did you mean {}?", none, quoted(meant, " or "));
   if (known.empty()) return fmt::format("{}; the board has none", none);
   return fmt::format("{}; there are {}", none, quoted(known, ", "));
 }

@@ -36,7 +36,7 @@ enum class FaultOption : uint8_t { kNth, kCount, kDuration, kBytes, kDelay, kFan
 
 struct FaultOptionRow {
   FaultOption option;
-  std::string_view key;  // in JSON, and after "--" on nimbo's command line
+  std::string_view key;  // in JSON
   uint32_t least;
   uint32_t most;
   std::string_view meaning;

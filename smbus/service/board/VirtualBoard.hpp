@@ -40,6 +40,7 @@ class VirtualBoard {
   [[nodiscard]] std::vector<std::string> eventNames() const;
   [[nodiscard]] std::vector<ChipInfo> chips() const;
   [[nodiscard]] std::vector<NetInfo> nets() const { return wiring_.nets(); }
+  [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] uint64_t seed() const { return seed_; }
 
   [[nodiscard]] BoardClock& clock() { return clock_; }
@@ -96,6 +97,7 @@ class VirtualBoard {
   explicit VirtualBoard(Clock& clock) : clock_(clock) {}
   [[nodiscard]] std::optional<Lever> findLever(std::string_view name) const;
 
+  std::string name_;
   uint64_t seed_ = 1;
   BoardClock clock_;
   Agenda agenda_{clock_};

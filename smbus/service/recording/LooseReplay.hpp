@@ -16,7 +16,6 @@
 #include <set>
 
 #include "smbus/service/recording/Replay.hpp"
-#include "smbus/service/recording/Route.hpp"
 
 namespace SmbusService::Recording {
 
@@ -29,7 +28,7 @@ class LooseReplay : public Replay {
  private:
   struct Place {
     std::optional<BusKey> bus;
-    Path path;
+    std::string path;  // the address and the byte of each mux
     uint32_t device = 0;
     uint32_t number = 0;  // the register
 

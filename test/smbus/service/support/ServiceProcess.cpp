@@ -55,7 +55,7 @@ void handOver(const Descriptor& listening) {
 
 ServiceProcess::ServiceProcess()
     : directory_(freshDirectory()), notifications_(notificationSocket(directory_ / "notify")) {
-  std::ofstream(directory_ / "board.json") << kBoard;
+  writeBoard(kBoard);
   writeConfiguration(kConfiguration);
 }
 
@@ -69,6 +69,10 @@ ServiceProcess::~ServiceProcess() {
 
 void ServiceProcess::writeConfiguration(const std::string& text) const {
   std::ofstream(configurationPath()) << text;
+}
+
+void ServiceProcess::writeBoard(const std::string& text) const {
+  std::ofstream(directory_ / "board.json") << text;
 }
 
 void ServiceProcess::launch(const std::string& option, const std::string& argument,

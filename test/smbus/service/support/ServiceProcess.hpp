@@ -30,7 +30,9 @@ class ServiceProcess {
   [[nodiscard]] std::string path(const char* name) const { return directory_ / name; }
   [[nodiscard]] std::string socketPath() const { return path("smbus.sock"); }
   [[nodiscard]] std::string configurationPath() const { return path("smbusd.json"); }
+  [[nodiscard]] std::string controlPath() const { return socketPath() + ".control"; }
   void writeConfiguration(const std::string& text) const;
+  void writeBoard(const std::string& text) const;
 
   // Starts the service and waits until it says that it is ready. With a listening socket, hands it
   // over as systemd does.

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "smbus/service/control/BoardNames.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "smbus/service/board/BoardError.hpp"
+
+namespace SmbusService {
+namespace {
+
+using Board::BoardError;
+using Board::unknownName;
+using Board::VirtualBoard;
+
+std::vector<std::string> labelsOf(const VirtualBoard& board) {
+  std::vector<std::string> labels;
+  for (const Board::ChipInfo& chip : board.chips()) labels.push_back(chip.label);
+  return labels;
+}
+
+std::vector<std::string> wiresOf(const VirtualBoard& board) {
+  std::vector<std::string> names;
+  for (const Board::NetInfo& net : board.nets()) names.push_back(net.name);
+  return names;
+}
+
+std::vector<std::string> quantitiesOf(const VirtualBoard& board, const std::string& label) {
+  std::vector<std::string> names;
+  for (const auto& quantity : board.quantities(label)) names.push_back(quantity.name);
+  return names;
+}
+
+void require(std::string_view what, const std::string& name,
+             const std::vector<std::string>& known) {
+  if (std::ranges::find(known, name) == known.end()) {
+    throw BoardError(unknownName(what, name, known));
+  }
+}
+
+// Where a chip's label ends in "chip.quantity", or npos.
+size_t endOfLabel(const VirtualBoard& board, const std::string& name) {
+  for (size_t end = name.find_first_of(".:"); end != std::string::npos;
+       end = name.find_first_of(".:", end + 1)) {
+    if (board.chip(name.substr(0, end)) != nullptr) return end;
+  }
+  return std::string::npos;
+}
+
+}  // namespace
+
+void requireChip(const VirtualBoard& board, const std::string& label) {
+  require("chip", label, labelsOf(board));
+}
+
+void requireWire(const VirtualBoard& board, const std::string& name) {
+  require("wire", name, wiresOf(board));
+}
+
+void requireEvent(const VirtualBoard& board, const std::string& name) {
+  require("event", name, board.eventNames());
+}
+
+std::string leverNamed(const VirtualBoard& board, const std::string& name) {
+  if (board.get(name)) return name;
+  if (board.chip(name) != nullptr) {
+    throw BoardError(
+        fmt::format("say which register or quantity of \"{}\"; it has the quantities {}", name,
+                    fmt::join(quantitiesOf(board, name), ", ")));
+  }
+  const size_t end = endOfLabel(board, name);
+  if (end != std::string::npos) {
+    const std::string label = name.substr(0, end);
+    const std::string quantity = name.substr(end + 1);
+    require(fmt::format("quantity of \"{}\"", label), quantity, quantitiesOf(board, label));
+    return label + ":" + quantity;
+  }
+  const size_t dot = name.find_first_of(".:");
+  if (dot != std::string::npos) requireChip(board, name.substr(0, dot));
+  requireWire(board, name);
+  return name;
+}
+
+}  // namespace SmbusService

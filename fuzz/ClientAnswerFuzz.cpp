@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -20,10 +21,16 @@
 #include <utility>
 
 #include "NimboUtil/PLSocket.hpp"
-#include "fuzz/Require.hpp"
 #include "smbus/Frame.hpp"
 
 namespace {
+
+void require(bool condition, const char* what) {
+  if (!condition) {
+    std::fprintf(stderr, "broken: %s\n", what);
+    std::abort();
+  }
+}
 
 std::string directory;  // of the service's socket, for this process's life
 

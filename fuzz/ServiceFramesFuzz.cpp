@@ -7,11 +7,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include "fuzz/Require.hpp"
 #include "smbus/Frame.hpp"
 #include "smbus/service/Call.hpp"
 #include "smbus/service/FrameReader.hpp"
@@ -23,6 +24,13 @@ namespace {
 
 using namespace SmbusService;
 using enum OperationKind;
+
+void require(bool condition, const char* what) {
+  if (!condition) {
+    std::fprintf(stderr, "broken: %s\n", what);
+    std::abort();
+  }
+}
 
 size_t bytesSent(const Operation& operation) {
   switch (operation.kind) {

@@ -12,8 +12,6 @@
 //                        r 16  LINEAR11, but READ_VOUT as VOUT_MODE says
 #pragma once
 
-#include <memory>
-
 #include "Components/Fan.hpp"
 #include "Components/Gpio.hpp"
 #include "Components/HardwareDevice.hpp"
@@ -91,7 +89,7 @@ class Pmbus : public Component::HardwareDevice {
   pl_status getTemperature(const TempSensor& sensor, float* celsius);
 
   uint8_t voutExponent;
-  std::unique_ptr<Component::LogicalDevice::Gpio> powerOkGpio_;  // null: the status word counts
+  Component::LogicalDevice::Gpio* powerOkGpio_ = nullptr;  // kept for ever; null: the status word
   bool powerOkActiveLow;
 };
 

@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -21,16 +20,10 @@
 #include <utility>
 
 #include "NimboUtil/PLSocket.hpp"
+#include "fuzz/Require.hpp"
 #include "smbus/Frame.hpp"
 
 namespace {
-
-void require(bool condition, const char* what) {
-  if (!condition) {
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-  }
-}
 
 std::string directory;  // of the service's socket, for this process's life
 

@@ -7,12 +7,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "fuzz/Require.hpp"
 #include "smbus/Frame.hpp"
 #include "smbus/service/Call.hpp"
 #include "smbus/service/FrameReader.hpp"
@@ -24,13 +23,6 @@ namespace {
 
 using namespace SmbusService;
 using enum OperationKind;
-
-void require(bool condition, const char* what) {
-  if (!condition) {
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-  }
-}
 
 size_t bytesSent(const Operation& operation) {
   switch (operation.kind) {

@@ -28,7 +28,7 @@ typedef struct pl_smbus_ops {
   pl_status (*read_word)(pl_smbus* smbus, unsigned char command, unsigned short* value);
   pl_status (*write_word)(pl_smbus* smbus, unsigned char command, unsigned short value);
   /* SMBus blocks carry their own count. block_read stores as many bytes as the device gave, and
-   * their number in *length: the buffer must hold PL_SMBUS_BLOCK_MAX bytes. */
+   * their number in *length (0 on failure): the buffer must hold PL_SMBUS_BLOCK_MAX bytes. */
   pl_status (*block_read)(pl_smbus* smbus, unsigned char command, unsigned char* data,
                           unsigned int* length);
   pl_status (*block_write)(pl_smbus* smbus, unsigned char command, const unsigned char* data,

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "smbus/service/BackEnds.hpp"
+#include "smbus/service/LimitedLog.hpp"
 #include "smbus/service/Server.hpp"
 #include "smbus/service/SocketTransport.hpp"
 #include "smbus/service/Systemd.hpp"
@@ -85,9 +86,9 @@ Configuration configurationOf(const DaemonOptions& options, const Config::JsonFi
 class Daemon {
  public:
   Daemon(const DaemonOptions& options, Log& log)
-      : log_(log),
-        file_(fileOf(options)),
+      : file_(fileOf(options)),
         configuration_(configurationOf(options, file_)),
+        log_(log, clock_, configuration_.limits.logLines),
         backEnds_(file_, configuration_, clock_) {
     if (!options.socket.empty()) {
       configuration_.socket.path = options.socket;
@@ -163,10 +164,10 @@ class Daemon {
     }
   }
 
-  Log& log_;
   SystemClock clock_;
   const Config::JsonFile file_;
   Configuration configuration_;
+  LimitedLog log_;
   const BackEnds backEnds_;
   BusSet buses_;
   std::string serving_;

@@ -38,6 +38,8 @@ constexpr std::array kTable{
              "in the recording, both of its files together; the older half goes first"},
     LimitRow{"record_queue_bytes", &Limits::recordQueueBytes, 64 * 1024, kGibibyte, "bytes",
              "that wait in memory to be recorded; what does not fit is missing in the recording"},
+    LimitRow{"log_lines", &Limits::logLines, 1, 65536, "lines",
+             "in the log in one second, errors apart; then the number of those left out"},
     LimitRow{"control_connections", &Limits::controlConnections, 1, 1024, "connections",
              "open at a time at the control socket"},
     LimitRow{"control_line_bytes", &Limits::controlLineBytes, 1024, 16 * 1024 * 1024, "bytes",

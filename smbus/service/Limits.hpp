@@ -23,6 +23,7 @@ struct Limits {
   uint32_t stopMs = 10000;
   uint32_t recordBytes = 64 * 1024 * 1024;
   uint32_t recordQueueBytes = 4 * 1024 * 1024;
+  uint32_t logLines = 50;
   uint32_t controlConnections = 16;
   uint32_t controlLineBytes = 1024 * 1024;
 };

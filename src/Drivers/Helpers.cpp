@@ -53,6 +53,16 @@ std::string FormatFdl::str() {
   return text_;
 }
 
+std::string harmless(std::string text) {
+  for (char& c : text) {
+    const bool printable = c >= ' ' && c <= '~';
+    if (!printable || std::strchr("{}\"\\", c) != nullptr) {
+      c = '?';
+    }
+  }
+  return text;
+}
+
 DriverArgs& requireDriverArgs(const Topology::Device* device, const char* label) {
   if (device->driverArgs == nullptr) {
     TRACE(0, "Device %s has no driver in the topology", label);

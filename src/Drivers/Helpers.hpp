@@ -29,7 +29,8 @@ class FormatFdl {
 
   void start();
   // Replaces every {key} with the value and returns true. The search begins anew after each
-  // replacement, so a value that holds its own placeholder would never end.
+  // replacement, so a value that holds its own placeholder would never end: what a device gave goes
+  // through harmless() first.
   bool set(std::string key, std::string value);
   // The filled text; the pointer lives until the next start().
   const char* charPtr();
@@ -40,6 +41,10 @@ class FormatFdl {
   const std::string format_;
   std::string text_;
 };
+
+// A text that a device gave, made fit for a descriptor: braces, quotes, backslashes and what cannot
+// be printed become '?', so that it holds no placeholder and ends no string.
+std::string harmless(std::string text);
 
 // The arguments of a topology device, which the label names in the trace. A device that is listed
 // without a driver has none, and stops the process.

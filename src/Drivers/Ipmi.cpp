@@ -226,7 +226,7 @@ pl_status Ipmi::FanSlot::getPresence(char** fdl) {
 std::string Ipmi::FanSlot::describe() {
   const std::string airflow = owner_->airflowDirection();
   fdl_.start();
-  fdl_.set("airflowDirection", airflow);
+  fdl_.set("airflowDirection", harmless(airflow));
   fdl_.set("maxRpm", airflow == kBackToFront ? maxRpmB2F_ : maxRpmF2B_);
   fdl_.set("modelName", modelName_);
   return fdl_.str();

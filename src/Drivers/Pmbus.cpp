@@ -130,7 +130,7 @@ Pmbus::Pmbus(const ArgMap& args)
   if (label != args.end()) {
     const auto reg = static_cast<uint32_t>(std::stoi(args.at("powerOkReg")));
     const auto bit = static_cast<uint32_t>(std::stoi(args.at("powerOkBit")));
-    powerOkGpio_ = getRegGpioForDevice(label->second.c_str(), reg, bit);
+    powerOkGpio_.reset(getRegGpioForDevice(label->second.c_str(), reg, bit));
   }
 }
 

@@ -12,6 +12,8 @@
 //                        r 16  LINEAR11, but READ_VOUT as VOUT_MODE says
 #pragma once
 
+#include <memory>
+
 #include "Components/Fan.hpp"
 #include "Components/Gpio.hpp"
 #include "Components/HardwareDevice.hpp"
@@ -89,7 +91,7 @@ class Pmbus : public Component::HardwareDevice {
   pl_status getTemperature(const TempSensor& sensor, float* celsius);
 
   uint8_t voutExponent;
-  Component::LogicalDevice::Gpio* powerOkGpio_ = nullptr;  // kept for ever; null: the status word
+  std::unique_ptr<Component::LogicalDevice::Gpio> powerOkGpio_;  // null: the status word counts
   bool powerOkActiveLow;
 };
 

@@ -2,8 +2,8 @@
 #include "Drivers/PsuSlot.hpp"
 
 #include <cstring>
-#include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "Drivers/Args.hpp"
 #include "Drivers/DeviceMemory.hpp"
@@ -18,22 +18,16 @@ namespace {
 
 constexpr const char* kModelPrefix = "model_";
 constexpr const char* kFdlPrefix = "psuFdl_";
+// Further words of the command that asks a management controller, and their arguments.
+constexpr std::pair<const char*, const char*> kCommandWords[] = {
+    {" ModelNumber=", "ipmiRawModel"},
+    {" SerialNumber=", "ipmiRawSerialNumber"},
+};
 constexpr uint32_t kWedgeRegister = 8;
 constexpr unsigned kBitsOfWord = 32;
 
 const PsuIdentity kUnpowered = {"N/A", "PWR-UNKNOWN"};
 const PsuIdentity kWedge = {"N/A", "PWR-WEDGE"};
-
-// What a device says of itself, made fit for a descriptor: no placeholder, no quote, no line end.
-std::string harmless(std::string text) {
-  for (char& c : text) {
-    const bool printable = c >= ' ' && c <= '~';
-    if (!printable || std::strchr("{}\"\\", c) != nullptr) {
-      c = '?';
-    }
-  }
-  return text;
-}
 
 bool beginsWith(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
 
@@ -187,33 +181,36 @@ pl_status PsuSlot::Slot::getPresence(char** fdl) {
     cachedFdl_ = describe(identity);
     cached_ = identity;
   }
-  *fdl = ::strdup(cachedFdl_.c_str());
-  return *fdl != nullptr ? PL_STATUS_OK : PL_STATUS_REMOTE;
+  char* copy = ::strdup(cachedFdl_.c_str());
+  if (copy == nullptr) {
+    return PL_STATUS_REMOTE;
+  }
+  *fdl = copy;
+  return PL_STATUS_OK;
 }
 
-// Of the keys that the slot knows, the template's are filled in.
 std::string PsuSlot::Slot::describe(const PsuIdentity& identity) const {
   TRACE(0, "PSU serialNum = '%s'", identity.serial.c_str());
   TRACE(0, "PSU modelName = '%s'", identity.model.c_str());
-  const std::string serial = harmless(identity.serial);
-  const std::string model = harmless(identity.model);
   const auto it = models_.find(identity.model);
   if (it == models_.end()) {
     TRACE(0, "Unknown modelName. PSU is unmanaged");
-    return "unmanaged power supply, modelName: " + model + ", serialNum: " + serial;
+    return "unmanaged power supply, modelName: " + harmless(identity.model) +
+           ", serialNum: " + harmless(identity.serial);
   }
-  const std::pair<const char*, std::string> known[] = {
-      {"serialNum", serial},
-      {"serial", serial},
-      {"modelName", model},
-      {"model", model},
-      {"psuId", std::to_string(psuId_)},
-  };
-  FormatFdl fdl(it->second);
+  return filled(it->second, identity);
+}
+
+// Of what the slot knows, its identity and its arguments, the template takes what it names.
+std::string PsuSlot::Slot::filled(const std::string& format, const PsuIdentity& identity) const {
+  ArgMap known = slotArgs_;
+  known["serialNum"] = known["serial"] = identity.serial;
+  known["modelName"] = known["model"] = identity.model;
+  FormatFdl fdl(format);
   fdl.start();
   for (const auto& [key, value] : known) {
-    if (it->second.find("{" + std::string(key) + "}") != std::string::npos) {
-      fdl.set(key, value);
+    if (format.find("{" + key + "}") != std::string::npos) {
+      fdl.set(key, harmless(value));
     }
   }
   return fdl.str();
@@ -234,15 +231,20 @@ pl_status PsuSlot::Slot::readSerialAndModelIpmitool(std::string& serial, std::st
 
 // Every value goes to the shell quoted: a board's description can name things and run nothing.
 std::string PsuSlot::Slot::ipmiCommand() const {
-  if (method_->reader != &Slot::readSerialAndModelIpmitool &&
-      method_->reader != &Slot::readSerialAndModelIpmitoolRaw) {
+  const bool raw = method_->reader == &Slot::readSerialAndModelIpmitoolRaw;
+  if (!raw && method_->reader != &Slot::readSerialAndModelIpmitool) {
     return "";
   }
   const bool useApi = argOr(slotArgs_, "useApi", "false") == "true";
-  std::string command = useApi ? "zuIpmi api" : "zuIpmi raw";
-  command += " psuSlot " + shellQuote(argOr(slotArgs_, "ipmiId", ""));
-  command += " ModelNumber=" + shellQuote(argOr(slotArgs_, "ipmiRawModel", ""));
-  command += " SerialNumber=" + shellQuote(argOr(slotArgs_, "ipmiRawSerialNumber", ""));
+  std::string command = useApi ? "zuIpmi api" : raw ? "zuIpmi raw" : "zuIpmi";
+  const std::string bay = std::to_string(psuId_);
+  command += " psuSlot " + shellQuote(argOr(slotArgs_, "ipmiId", bay.c_str()));
+  for (const auto& [word, key] : kCommandWords) {
+    const auto it = slotArgs_.find(key);
+    if (it != slotArgs_.end()) {
+      command += word + shellQuote(it->second);
+    }
+  }
   TRACE(0, "psuSlot ipmi command: '%s'", command.c_str());
   return command;
 }

@@ -73,6 +73,7 @@ class PsuSlot::Slot : public Component::LogicalDevice::Slot {
   void requireMethodArg(const Method& method, const char* key) const;
   std::string ipmiCommand() const;
   std::string describe(const PsuIdentity& identity) const;
+  std::string filled(const std::string& format, const PsuIdentity& identity) const;
 
   PsuSlot* owner_;
   uint8_t psuId_;

@@ -75,10 +75,8 @@ pl_status SmbusProxyDriver::SmbusProxy::blockRead(unsigned char reg, unsigned ch
                                                   unsigned int* length) {
   std::string block;
   const pl_status status = ham().readBlock(reg, &block);
-  if (status == PL_STATUS_OK) {
-    *length = static_cast<unsigned>(block.size());
-    std::copy(block.begin(), block.end(), data);
-  }
+  *length = static_cast<unsigned>(block.size());
+  std::copy(block.begin(), block.end(), data);
   return afterRead(status);
 }
 

@@ -98,6 +98,31 @@ TEST(FormatFdl, IsReadOncePerStart) {
                "active_ && \"FormatFdl: Must call start() before charPtr()\"");
 }
 
+// Texts that a device gave.
+
+TEST(Harmless, TakesAwayWhatLeavesItsPlace) {
+  EXPECT_EQ(Drivers::harmless("{serialNum}"), "?serialNum?");
+  EXPECT_EQ(Drivers::harmless("a\"b\\c"), "a?b?c");
+  EXPECT_EQ(Drivers::harmless(std::string("\0\n\t\x1F\x7F\x80\xFF", 7)), "???????");
+}
+
+TEST(Harmless, KeepsWhatCanBePrinted) {
+  for (char c = ' '; c <= '~'; ++c) {
+    if (std::string("{}\"\\").find(c) == std::string::npos) {
+      EXPECT_EQ(Drivers::harmless(std::string(1, c)), std::string(1, c));
+    }
+  }
+  EXPECT_EQ(Drivers::harmless(""), "");
+}
+
+TEST(Harmless, MakesAnEndOfATextThatHoldsItsOwnPlaceholder) {
+  FormatFdl format("{a} {b}");
+  format.start();
+  format.set("a", Drivers::harmless("{a}{b}"));
+  format.set("b", Drivers::harmless("{a}"));
+  EXPECT_EQ(format.str(), "?a??b? ?a?");
+}
+
 // Devices by label. They take no HAM here.
 
 class ByLabel : public testing::Test {

@@ -15,11 +15,13 @@ constexpr const char* kTopology = R"([{
     "devices": [
       {"did": 12, "label": "PSoC", "driver": "HalvorsaPsoc", "address": {"address": 80}},
       {"did": 13, "label": "Cpld", "driver": "GpioDriver", "address": {"address": 49}},
+      {"did": 15, "label": "Bay", "driver": "PsuSlot", "address": {"address": 88}},
+      {"did": 16, "label": "Psu", "driver": "Pmbus", "address": {"address": 88}},
       {"did": 10, "driver": "PCA9548", "address": {"address": 112}}
     ],
     "muxes": [{"did": 10, "busses": [{
       "id": 4,
-      "devices": [{"did": 11, "driver": "PCA9548", "address": {"address": 113}}],
+      "devices": [{"did": 11, "driver": "GenericSmbusMux", "address": {"address": 113}}],
       "muxes": [{"did": 11, "busses": [{
         "id": 8,
         "devices": [{"did": 14, "label": "Eeprom<0x50>", "driver": "SmbusProxyDriver",

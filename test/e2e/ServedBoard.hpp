@@ -6,6 +6,7 @@
 // register:
 //   PSoC          "PSoC", 0x50                                  0x020081D0
 //   CPLD          0x31, for GPIO lines                          0x020081B1
+//   supply        0x58, with its bay, which reads the supply      0x020081D8
 //   outer mux     0x70                                          0x020081F0
 //   inner mux     0x71, behind channel 4 of the outer one       0x020081F1
 //   EEPROM        "Eeprom<0x50>", behind channel 8 of the inner 0x020081D0

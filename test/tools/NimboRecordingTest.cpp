@@ -2,6 +2,7 @@
 //
 // What nimbo sees of a board, recorded by the service and served again from the recording.
 #include <fstream>
+#include <sstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +14,7 @@ namespace {
 
 using testing::HasSubstr;
 using TestSupport::LiveService;
+using TestSupport::parsed;
 using TestSupport::Result;
 
 class NimboRecording : public TestSupport::NimboFixture {
@@ -86,6 +88,54 @@ TEST_F(NimboRecording, AReplayOfWhatIsNoRecordingDoesNotBegin) {
   const Result result = TestSupport::run({NIMBO_SMBUSD, "--replay", recording()}, {});
   EXPECT_EQ(result.code, 2);
   EXPECT_THAT(result.err, HasSubstr(recording() + ":1:1: "));
+}
+
+TEST_F(NimboRecording, TraceNamesDevicesAndFailures) {
+  recorded();
+  const Result all = nimbo({"trace", recording()});
+  EXPECT_EQ(all.code, 0) << all.err;
+  EXPECT_THAT(all.out, HasSubstr("    PSoC  read word 0x40: "));
+  EXPECT_THAT(all.out, HasSubstr("    Mux1=0x02 > Psu1Eeprom<0x50>  read block 0x20: 01 02 03\n"));
+  const Result failed = nimbo({"trace", recording(), "--failed"});
+  EXPECT_THAT(failed.out, HasSubstr("    Mux1=0x08 > Mux2=0x08 > Qsfp52<0x50>  read byte 0x00\n"
+                                    "    FAILED: request 2 (read byte at register 0x00)"));
+  EXPECT_THAT(failed.out, testing::Not(HasSubstr("PSoC")));
+}
+
+TEST_F(NimboRecording, TraceGivesProgramsALineForEachTransaction) {
+  recorded();
+  const Result result = nimbo({"--json", "trace", "--device", "Psu1Eeprom<0x50>", recording()});
+  std::istringstream lines(result.out);
+  std::string write;
+  std::string read;
+  std::string more;
+  ASSERT_TRUE(std::getline(lines, write));
+  ASSERT_TRUE(std::getline(lines, read));
+  EXPECT_FALSE(std::getline(lines, more));
+  EXPECT_STREQ(parsed(read)["accesses"][1]["data"].GetString(), "010203");
+  EXPECT_STREQ(parsed(write)["accesses"][1]["operation"].GetString(), "write block");
+}
+
+TEST_F(NimboRecording, TraceTellsADamagedLineAndGoesOn) {
+  recorded();
+  const std::string whole = nimbo({"trace", recording()}).out;
+  std::ofstream(recording(), std::ios::app) << "{\"n\":1,\n{\"n\"";
+  const Result result = nimbo({"trace", recording()});
+  EXPECT_EQ(result.code, 3);
+  EXPECT_EQ(result.out, whole);
+  EXPECT_THAT(result.err, HasSubstr(recording() + ":"));
+  EXPECT_THAT(result.err, HasSubstr("Missing a name for object member"));
+  EXPECT_THAT(result.err, HasSubstr("the line is cut off"));
+}
+
+TEST_F(NimboRecording, TraceOfWhatItCannotReadSaysSo) {
+  const Result missing = nimbo({"trace", recording()});
+  EXPECT_EQ(missing.code, 1);
+  EXPECT_EQ(missing.err, recording() + ": No such file or directory\n");
+  EXPECT_EQ(nimbo({"trace"}).code, 2);
+  const Result time = nimbo({"trace", recording(), "--since", "noon"});
+  EXPECT_EQ(time.code, 2);
+  EXPECT_THAT(time.err, HasSubstr("\"noon\" is no time"));
 }
 
 }  // namespace

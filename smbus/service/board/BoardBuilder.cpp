@@ -19,11 +19,18 @@ const ChipModel& modelOf(Settings& settings) {
   return *model;
 }
 
-// A lever's value: a number, or true and false for 1 and 0.
-double valueOf(const Item& item) {
+// A lever's value: a number, true and false for 1 and 0, or a text that becomes a number.
+double valueOf(const Item& item, const Variables& variables) {
   if (item.value.IsBool()) return item.value.GetBool() ? 1 : 0;
-  if (!item.value.IsNumber()) item.fail("write true, false or a number");
-  return item.value.GetDouble();
+  if (item.value.IsNumber()) return item.value.GetDouble();
+  const auto number = item.value.IsString() ? parseNumber(variables.fill(item.text(), item))
+                                            : std::optional<uint32_t>();
+  if (!number) item.fail("write true, false or a number");
+  return *number;
+}
+
+std::string keyOf(const rapidjson::Value& name) {
+  return {name.GetString(), name.GetStringLength()};
 }
 
 }  // namespace
@@ -33,10 +40,13 @@ void BoardBuilder::build(const Item& root) {
   board_.name_ = settings.text("board", "");
   board_.seed_ = settings.number("seed", 0, UINT32_MAX, 1);
   settings.forEach("buses", [this](const Item& item) { addBus(item); });
-  settings.forEachMember("nets",
-                         [this](const std::string& name, const Item& item) { addNet(name, item); });
-  settings.forEachMember(
-      "events", [this](const std::string& name, const Item& item) { addEvent(name, item); });
+  settings.forEachMember("nets", [this](const std::string& name, const Item& item) {
+    repeat(item, [&](const Variables& variables) { addNet(name, item, variables); });
+  });
+  settings.forEachMember("events", [this](const std::string& name, const Item& item) {
+    repeat(item, [&](const Variables& variables) { addEvent(name, item, variables); });
+  });
+  settings.forEach("start", [this](const Item& item) { begin(item); });
   settings.finish();
 }
 
@@ -93,19 +103,26 @@ void BoardBuilder::addChannels(Settings& settings, const Place& place, const std
   });
 }
 
-void BoardBuilder::addNet(const std::string& name, const Item& item) {
+void BoardBuilder::addNet(const std::string& pattern, const Item& item,
+                          const Variables& variables) {
+  const std::string name = variables.fill(pattern, item);
   if (name.empty() || name.find(':') != std::string::npos) {
     item.fail("a net's name is a text without a colon");
   }
+  if (board_.wiring_.net(name) != nullptr) {
+    item.fail(fmt::format("there is a net \"{}\" already", name));
+  }
   Settings settings(item);
+  static_cast<void>(settings.find(kRepetitionKey));
   Net& net = board_.wiring_.addNet(name, settings.flag("level", true));
-  settings.forEach("pins", [&](const Item& pin) { connect(pin, name, net); });
+  settings.forEach("pins", [&](const Item& pin) { connect(pin, name, net, variables); });
   settings.finish();
 }
 
 // "label:pin", or "!label:pin" for a pin that is high where the net is low.
-void BoardBuilder::connect(const Item& item, const std::string& name, Net& net) {
-  const std::string text = item.text();
+void BoardBuilder::connect(const Item& item, const std::string& name, Net& net,
+                           const Variables& variables) {
+  const std::string text = variables.fill(item.text(), item);
   const bool inverted = text.front() == '!';
   const std::string_view pin = std::string_view(text).substr(inverted ? 1 : 0);
   const size_t colon = pin.find(':');
@@ -116,31 +133,51 @@ void BoardBuilder::connect(const Item& item, const std::string& name, Net& net) 
   if (placed == board_.chips_.end()) {
     item.fail(fmt::format("there is no chip \"{}\"", pin.substr(0, colon)));
   }
-  Chip& chip = *placed->second.seat->chip;
-  if (!chip.connect(pin.substr(colon + 1), net, inverted)) {
+  Seat& seat = *placed->second.seat;
+  if (!connect(seat, pin.substr(colon + 1), net, inverted)) {
     item.fail(fmt::format("the chip has no pin \"{}\", or it is connected already",
                           pin.substr(colon + 1)));
   }
   board_.wiring_.notePin(name, text);
-  board_.wiring_.addChip(chip, placed->second.bus->chipsInUse());
+  board_.wiring_.addChip(*seat.chip, placed->second.bus->chipsInUse());
 }
 
-void BoardBuilder::addEvent(const std::string& name, const Item& item) {
-  Settings settings(item);
+// Every chip can be taken out of its seat, and some have more to do about it than vanish.
+bool BoardBuilder::connect(Seat& seat, std::string_view pin, Net& net, bool inverted) {
+  if (seat.chip->connect(pin, net, inverted)) return true;
+  if (pin != "present" || seat.present.connected()) return false;
+  seat.present.connect(net, inverted);
+  return true;
+}
+
+void BoardBuilder::addEvent(const std::string& pattern, const Item& item,
+                            const Variables& variables) {
+  const std::string name = variables.fill(pattern, item);
   BoardEvent event;
   for (const auto& member : item.value.GetObject()) {
-    const std::string lever(member.name.GetString(), member.name.GetStringLength());
-    event.changes.push_back(change(lever, item.member(lever, member.value)));
+    const std::string lever = keyOf(member.name);
+    if (lever == kRepetitionKey) continue;
+    event.changes.push_back(change(lever, item.member(lever, member.value), variables));
   }
-  board_.events_[name] = std::move(event);
+  if (!board_.events_.emplace(name, std::move(event)).second) {
+    item.fail(fmt::format("there is an event \"{}\" already", name));
+  }
 }
 
-BoardEvent::Change BoardBuilder::change(const std::string& name, const Item& item) const {
+// The board starts as if these events had happened.
+void BoardBuilder::begin(const Item& item) {
+  const std::string name = item.text();
+  if (!board_.happen(name)) item.fail(fmt::format("there is no event \"{}\"", name));
+}
+
+BoardEvent::Change BoardBuilder::change(const std::string& pattern, const Item& item,
+                                        const Variables& variables) const {
+  const std::string name = variables.fill(pattern, item);
   std::optional<Lever> lever = board_.findLever(name);
   if (!lever || !lever->set) {
     item.fail(fmt::format("\"{}\" is neither a net nor a chip's quantity that can be set", name));
   }
-  const double value = valueOf(item);
+  const double value = valueOf(item, variables);
   if (value < lever->least || value > lever->most) {
     item.fail(fmt::format("write a value from {} to {}", lever->least, lever->most));
   }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "smbus/service/board/ChipModel.hpp"
+#include "smbus/service/board/Repetition.hpp"
 #include "smbus/service/board/Settings.hpp"
 #include "smbus/service/board/VirtualBoard.hpp"
 
@@ -30,10 +31,13 @@ class BoardBuilder {
   void addChips(Settings& settings, const Place& place);
   void addChip(const Item& item, const Place& place);
   void addChannels(Settings& settings, const Place& place, const std::string& label, Mux& mux);
-  void addNet(const std::string& name, const Item& item);
-  void connect(const Item& item, const std::string& name, Net& net);
-  void addEvent(const std::string& name, const Item& item);
-  [[nodiscard]] BoardEvent::Change change(const std::string& lever, const Item& value) const;
+  void addNet(const std::string& pattern, const Item& item, const Variables& variables);
+  void connect(const Item& item, const std::string& name, Net& net, const Variables& variables);
+  [[nodiscard]] static bool connect(Seat& seat, std::string_view pin, Net& net, bool inverted);
+  void addEvent(const std::string& pattern, const Item& item, const Variables& variables);
+  [[nodiscard]] BoardEvent::Change change(const std::string& pattern, const Item& value,
+                                          const Variables& variables) const;
+  void begin(const Item& item);
 
   VirtualBoard& board_;
 };

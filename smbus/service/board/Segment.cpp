@@ -18,9 +18,9 @@ Seat& Segment::add(std::string label, uint8_t address, std::unique_ptr<Chip> chi
 }
 
 void Segment::find(uint8_t address, std::vector<Seat*>& found) {
-  if (Seat* here = at(address)) found.push_back(here);
+  if (Seat* here = at(address); here != nullptr && here->present.level()) found.push_back(here);
   for (const Joint& joint : joints_) {
-    if (!joint.seat->away) joint.mux->find(address, found);
+    if (!joint.seat->away && joint.seat->present.level()) joint.mux->find(address, found);
   }
 }
 

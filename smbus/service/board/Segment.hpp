@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "smbus/service/board/Chip.hpp"
+#include "smbus/service/board/Net.hpp"
 #include "smbus/service/board/TransferCount.hpp"
 
 namespace SmbusService::Board {
@@ -20,6 +21,7 @@ struct Seat {
   std::string label;
   uint8_t address = 0;  // 7 bits
   std::unique_ptr<Chip> chip;
+  Pin present;        // low: the chip is not there, nor what is behind it
   bool away = false;  // pulled off the bus: what is behind it is not joined
   KindCounts counts;  // of the transfers that addressed it
 };

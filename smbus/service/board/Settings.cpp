@@ -46,6 +46,21 @@ std::string Item::text() const {
   return std::string(textOf(value));
 }
 
+Range Item::range(uint32_t most) const {
+  if (!value.IsString()) {
+    const uint32_t only = number(0, most);
+    return {only, only};
+  }
+  const std::string_view text = textOf(value);
+  const size_t dash = text.find('-');
+  const auto first = parseNumber(text.substr(0, dash));
+  const auto last = dash == std::string_view::npos ? first : parseNumber(text.substr(dash + 1));
+  if (!first || !last || *first > *last || *last > most) {
+    fail(fmt::format("write a number or a range up to {}, like \"0x10\" or \"0x20-0x2F\"", most));
+  }
+  return {*first, *last};
+}
+
 std::vector<uint32_t> Item::numbers(uint32_t most) const {
   std::vector<uint32_t> numbers;
   if (value.IsArray()) {

@@ -19,6 +19,11 @@
 
 namespace SmbusService::Board {
 
+struct Range {
+  uint32_t first;
+  uint32_t last;
+};
+
 // A value of the board file with its place there. The file outlives it.
 struct Item {
   const Config::JsonFile& file;
@@ -30,6 +35,9 @@ struct Item {
   // The value as a whole number, written as one or as a text like "0x3C".
   [[nodiscard]] uint32_t number(uint32_t least, uint32_t most) const;
   [[nodiscard]] std::string text() const;  // never empty
+
+  // A number, or a text like "0x20" or "0x20-0x2F"; none above `most`.
+  [[nodiscard]] Range range(uint32_t most) const;
 
   // A number, a list of numbers, or a text for its characters; none above `most`.
   [[nodiscard]] std::vector<uint32_t> numbers(uint32_t most) const;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "smbus/service/board/Wiring.hpp"
 
+#include <algorithm>
+
 namespace SmbusService::Board {
 namespace {
 
@@ -14,7 +16,9 @@ Net& Wiring::addNet(const std::string& name, bool idle) {
 }
 
 void Wiring::addChip(Chip& chip, std::mutex& chipsInUse) {
-  listeners_.push_back({&chip, &chipsInUse});
+  if (std::ranges::find(listeners_, &chip, &Listener::chip) == listeners_.end()) {
+    listeners_.push_back({&chip, &chipsInUse});
+  }
 }
 
 Net* Wiring::net(std::string_view name) const {

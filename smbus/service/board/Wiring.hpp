@@ -23,6 +23,7 @@ class Wiring {
  public:
   // The name must be new.
   Net& addNet(const std::string& name, bool idle);
+  // A chip may be added for each of its pins.
   void addChip(Chip& chip, std::mutex& chipsInUse);
 
   // Chips' pins on the net, for people.

@@ -12,28 +12,6 @@ namespace {
 
 bool isWrite(int type) { return type == Smbus::Write || type == Smbus::WriteBlock; }
 
-bool isSendByte(const Smbus::Request& request) {
-  return request.has_type() && request.type() == Smbus::Write && request.size() == 0;
-}
-
-uint32_t deviceOf(const Smbus::Request& request) {
-  return SmbusAddress::kDevice.get(request.addr());
-}
-
-// How many requests at the beginning select what as many at the end release.
-int selections(const Smbus::TransactionRequest& message) {
-  int count = 0;
-  for (int last = message.request_size() - 1; count < last; ++count, --last) {
-    const Smbus::Request& first = message.request(count);
-    const Smbus::Request& end = message.request(last);
-    if (!isSendByte(first) || !isSendByte(end) || busOf(first) != busOf(end) ||
-        deviceOf(first) != deviceOf(end)) {
-      break;
-    }
-  }
-  return count;
-}
-
 }  // namespace
 
 LooseReplay::LooseReplay(const std::vector<Record>& records, Log& log) : log_(log) {
@@ -43,23 +21,14 @@ LooseReplay::LooseReplay(const std::vector<Record>& records, Log& log) : log_(lo
 }
 
 std::vector<LooseReplay::Access> LooseReplay::accessesOf(const Smbus::TransactionRequest& message) {
-  const int muxes = selections(message);
-  const int releases = message.request_size() - muxes;
-  std::string path;
   std::vector<Access> accesses;
   for (int i = 0; i < message.request_size(); ++i) {
     const Smbus::Request& request = message.request(i);
-    if (i >= releases) {
-      path.resize(path.size() - 2);  // a mux is released from where it was selected
-    }
     accesses.push_back(
-        {{busOf(request), path, deviceOf(request), SmbusAddress::kRegister.get(request.addr())},
+        {{busOf(request), pathTo(message, i), SmbusAddress::kDevice.get(request.addr()),
+          SmbusAddress::kRegister.get(request.addr())},
          request.has_type() ? static_cast<int>(request.type()) : -1,
          request.has_size() ? request.size() : static_cast<uint32_t>(request.data().size())});
-    if (i < muxes) {
-      path.push_back(static_cast<char>(deviceOf(request)));
-      path.push_back(static_cast<char>(SmbusAddress::kRegister.get(request.addr())));
-    }
   }
   return accesses;
 }

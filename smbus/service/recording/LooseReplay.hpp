@@ -16,6 +16,7 @@
 #include <set>
 
 #include "smbus/service/recording/Replay.hpp"
+#include "smbus/service/recording/Route.hpp"
 
 namespace SmbusService::Recording {
 
@@ -28,7 +29,7 @@ class LooseReplay : public Replay {
  private:
   struct Place {
     std::optional<BusKey> bus;
-    std::string path;  // the address and the byte of each mux
+    Path path;
     uint32_t device = 0;
     uint32_t number = 0;  // the register
 

@@ -24,6 +24,7 @@
 #include "Drivers/Registry.hpp"
 #include "Drivers/SmbusProxyDriver.hpp"
 #include "Ham/Ham.hpp"
+#include "test/support/DriverNames.hpp"
 #include "test/support/FakeHam.hpp"
 
 namespace {
@@ -31,7 +32,8 @@ namespace {
 using testing::ElementsAre;
 using testing::Key;
 
-// Every driver that can be made without more of the board than its own arguments.
+// Every driver that can be made without more of the board than its own arguments. "Ipmi" needs a
+// back-end.
 struct Row {
   const char* name;
   const std::type_info& built;
@@ -58,7 +60,6 @@ const Row kDrivers[] = {
     {"HalvYQSFP", typeid(Drivers::HalvYQSFP)},
     {"HalvYCPLD", typeid(Drivers::HalvorsaYCPLD)},
 };
-constexpr const char* kIpmi = "Ipmi";  // needs a back-end
 
 std::set<std::string> registered() {
   std::set<std::string> names;
@@ -69,12 +70,11 @@ std::set<std::string> registered() {
 }
 
 TEST(DriverRegistry, HoldsTheBoardsDriversAndNoOther) {
-  std::set<std::string> names = {kIpmi};
-  for (const Row& row : kDrivers) {
-    names.insert(row.name);
-  }
+  const std::set<std::string> names(std::begin(Doubles::kDriverNames),
+                                    std::end(Doubles::kDriverNames));
   EXPECT_EQ(names.size(), 20u);
   EXPECT_EQ(registered(), names);
+  EXPECT_EQ(names.size(), std::size(kDrivers) + 1);
 }
 
 TEST(DriverRegistry, BuildsTheClassOfEachName) {

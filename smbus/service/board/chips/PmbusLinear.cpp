@@ -39,4 +39,8 @@ uint16_t toLinear16(double value, uint8_t voutMode) {
   return static_cast<uint16_t>(std::clamp(mantissa, 0.0, double{UINT16_MAX}));
 }
 
+double fromLinear16(uint16_t word, uint8_t voutMode) {
+  return std::ldexp(word, signedBits(voutMode, 5));
+}
+
 }  // namespace SmbusService::Board

@@ -16,5 +16,6 @@ namespace SmbusService::Board {
 // ULINEAR16: an unsigned mantissa times 2 to the power of the exponent that VOUT_MODE gives in its
 // low five bits, two's complement.
 [[nodiscard]] uint16_t toLinear16(double value, uint8_t voutMode);
+[[nodiscard]] double fromLinear16(uint16_t word, uint8_t voutMode);
 
 }  // namespace SmbusService::Board

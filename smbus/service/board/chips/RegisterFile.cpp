@@ -8,27 +8,6 @@ namespace {
 
 constexpr uint32_t kMaxRegisters = 256;
 
-struct Range {
-  uint32_t first;
-  uint32_t last;
-};
-
-// "0x20", "0x20-0x2F", or a number.
-Range rangeOf(const Item& item, uint32_t size) {
-  if (item.value.IsString()) {
-    const std::string text = item.text();
-    const size_t dash = text.find('-');
-    const auto first = parseNumber(std::string_view(text).substr(0, dash));
-    const auto last =
-        dash == std::string::npos ? first : parseNumber(std::string_view(text).substr(dash + 1));
-    if (first && last && *first <= *last && *last < size) return {*first, *last};
-    item.fail(fmt::format(
-        "write a register or a range of them below {}, like \"0x10\" or \"0x20-0x2F\"", size));
-  }
-  const uint32_t number = item.number(0, size - 1);
-  return {number, number};
-}
-
 unsigned bytesOfWidth(Settings& settings) {
   const uint32_t width = settings.number("width", 8, 16, 8);
   if (width % 8 != 0) settings.fail("width", "a register is 8 or 16 bits wide");
@@ -53,7 +32,7 @@ RegisterFile::RegisterFile(Settings& settings)
     fill(contents, *first);
   });
   settings.forEach("readOnly", [&](const Item& item) {
-    const Range range = rangeOf(item, size);
+    const Range range = item.range(size - 1);
     for (uint32_t i = range.first; i <= range.last; ++i) readOnly_[i] = true;
   });
 }

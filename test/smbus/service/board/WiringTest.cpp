@@ -101,17 +101,17 @@ TEST_P(WrongWiringTest, IsRefusedWithPlaceAndRemedy) {
 
 INSTANTIATE_TEST_SUITE_P(
     Boards, WrongWiringTest,
-    ::testing::Values(Wrong{"'nets': {'a:b': {}}", "without a colon"},
-                      Wrong{"'nets': {'a': {'pin': []}}", "the keys are \"level\", \"pins\""},
-                      Wrong{"'nets': {'a': {'pins': ['x']}}", "\"label:pin\""},
-                      Wrong{"'nets': {'a': {'pins': ['y:IO0_0']}}", "there is no chip \"y\""},
-                      Wrong{"'nets': {'a': {'pins': ['x:IO2_0']}}", "no pin \"IO2_0\""},
-                      Wrong{"'nets': {'a': {'pins': ['x:IO0_0', 'x:IO0_0']}}", "connected already"},
-                      Wrong{"'events': {'e': {'net': 1}}", "\"net\" is neither a net"},
-                      Wrong{"'nets': {'a': {}}, 'events': {'e': {'a': 'low'}}",
-                            "true, false or a number"},
-                      Wrong{"'nets': {'a': {}}, 'events': {'e': {'a': 3}}", "from 0 to 1"},
-                      Wrong{"'events': {'e': []}", "object"}));
+    ::testing::Values(
+        Wrong{"'nets': {'a:b': {}}", "without a colon"},
+        Wrong{"'nets': {'a': {'pin': []}}", "the keys are \"for\", \"level\", \"pins\""},
+        Wrong{"'nets': {'a': {'pins': ['x']}}", "\"label:pin\""},
+        Wrong{"'nets': {'a': {'pins': ['y:IO0_0']}}", "there is no chip \"y\""},
+        Wrong{"'nets': {'a': {'pins': ['x:IO2_0']}}", "no pin \"IO2_0\""},
+        Wrong{"'nets': {'a': {'pins': ['x:IO0_0', 'x:IO0_0']}}", "connected already"},
+        Wrong{"'events': {'e': {'net': 1}}", "\"net\" is neither a net"},
+        Wrong{"'nets': {'a': {}}, 'events': {'e': {'a': 'low'}}", "true, false or a number"},
+        Wrong{"'nets': {'a': {}}, 'events': {'e': {'a': 3}}", "from 0 to 1"},
+        Wrong{"'events': {'e': []}", "object"}));
 
 }  // namespace
 }  // namespace SmbusService::Board

@@ -27,6 +27,11 @@ class MemoryLog : public Log {
   }
   [[nodiscard]] bool has(std::string_view part) { return count(part) > 0; }
 
+  [[nodiscard]] std::vector<std::string> lines() {
+    const std::lock_guard lock(mutex_);
+    return lines_;
+  }
+
  private:
   std::mutex mutex_;
   std::vector<std::string> lines_;

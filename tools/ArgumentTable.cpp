@@ -69,6 +69,21 @@ constexpr Rule kRules[] = {
     {"HalvorsaPsoc", "temp_sensors", "sensorId", Need::kRequired, kByte},
     {"HalvorsaPsoc", "temp_sensors", "register", Need::kRequired, kByte},
 
+    {"Ipmi", "fans", "fanId", Need::kRequired, number(1, 7)},
+    {"Ipmi", "fans", "ipmiKey", Need::kRequired, text()},
+    {"Ipmi", "fans", "maxRpm", Need::kRequired, number(1, INT_MAX)},
+    {"Ipmi", "psus", "psuId", Need::kRequired, number(1, 2)},
+    {"Ipmi", "psus", "ipmiKey", Need::kRequired, text()},
+    {"Ipmi", "temp_sensors", "ipmiKey", Need::kRequired, text()},
+    {"Ipmi", "slots", "fanId", Need::kRequired, number(1, 8)},
+    {"Ipmi", "slots", "ipmiKey", Need::kRequired, text()},
+    {"Ipmi", "slots", "ipmiSlotKey", Need::kOptional, text()},
+    {"Ipmi", "slots", "fanFdl", Need::kRequired,
+     templateWith("{airflowDirection} {maxRpm} {modelName}")},
+    {"Ipmi", "slots", "rpmF2B", Need::kRequired, number(0, INT_MAX)},
+    {"Ipmi", "slots", "rpmB2F", Need::kRequired, number(0, INT_MAX)},
+    {"Ipmi", "slots", "modelName", Need::kRequired, text()},
+
     {"SmbusProxyDriver", "smbus", "localReadDelayMs", Need::kOptional, number(0, 10000)},
     {"SmbusProxyDriver", "smbus", "localWriteDelayMs", Need::kOptional, number(0, 10000)},
 };

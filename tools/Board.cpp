@@ -20,7 +20,7 @@ using rapidjson::Value;
 
 // The keys of the file that hold no list of entries.
 bool isList(const Value& value, const std::string& key) {
-  return value.IsArray() && key != "topology";
+  return value.IsArray() && key != "topology" && key != "plugins";
 }
 
 void set(Document& document, Value& object, const Value& name, const Value& value) {
@@ -56,6 +56,16 @@ Board Board::parse(const std::string& name, const std::string& text) {
 const char* Board::name() const { return file_->document()["board"].GetString(); }
 
 std::string Board::topology() const { return Config::jsonText(file_->document()["topology"]); }
+
+std::vector<std::string> Board::plugins() const {
+  std::vector<std::string> paths;
+  if (const Value* const list = member(&file_->document(), "plugins")) {
+    for (const Value& path : list->GetArray()) {
+      paths.emplace_back(path.GetString());
+    }
+  }
+  return paths;
+}
 
 std::vector<Entry> Board::entries(const std::string& kind) const {
   std::vector<Entry> entries;

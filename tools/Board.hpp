@@ -39,6 +39,9 @@ class Board {
   // What pl_X_init takes.
   std::string topology() const;
 
+  // The libraries to load besides the driver library, as dlopen(3) takes them.
+  std::vector<std::string> plugins() const;
+
   // The entries of one list of the file, "fans" for instance, in its order; empty when the file has
   // no such list.
   std::vector<Entry> entries(const std::string& kind) const;

@@ -38,6 +38,10 @@ class Library {
   void* handle_;
 };
 
+// Loads a library that adds to the driver library, a back-end for instance, likewise for good.
+// Throws LibraryError.
+void loadPlugin(const std::string& path);
+
 // Calls a slot of a record's operations; PL_STATUS_UNSUPPORTED for a slot that the record does not
 // reach or that is null.
 template <typename Ops, typename Record, typename... Parameters>

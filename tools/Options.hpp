@@ -4,15 +4,17 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tools/Trace.hpp"
 
 namespace Nimbo {
 
 struct Options {
-  std::string board;                // empty: the installed one
-  std::string driverLibrary;        // empty: the installed one
-  std::string simulationDirectory;  // empty: the library's own choice
+  std::string board;                 // empty: the installed one
+  std::string driverLibrary;         // empty: the installed one
+  std::vector<std::string> plugins;  // besides the board description's
+  std::string simulationDirectory;   // empty: the library's own choice
   int traceLevel = Trace::kNothing;
   bool live = false;
   bool json = false;

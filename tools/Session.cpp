@@ -27,11 +27,26 @@ Library load(const Options& options) {
   return Library(libraryPath(options));
 }
 
+// A plug-in has no other way than a trace to say that it does nothing.
+void loadOrExplain(const std::string& plugin) {
+  trace().forget();
+  const size_t before = trace().warnings();
+  loadPlugin(plugin);
+  if (trace().warnings() > before) {
+    throw LibraryError(fmt::format("the plug-in {}: {}", plugin, trace().reason()));
+  }
+}
+
 }  // namespace
 
 Session::Session(const Options& options)
     : options_(options), board_(Board::load(boardPath(options))), library_(load(options)) {
   trace().printUpTo(options.traceLevel);
+  for (const auto& plugins : {board_.plugins(), options.plugins}) {
+    for (const std::string& plugin : plugins) {
+      loadOrExplain(plugin);
+    }
+  }
   const std::string topology = board_.topology();
   const SlowNotice notice(
       "nimbo: no SMBus service yet; trying for up to 30 seconds (is smbusd running?)", kPatience);

@@ -24,9 +24,9 @@ class UsageError : public std::runtime_error {
 
 class Session {
  public:
-  // Reads the board description, sets the library's environment, loads the library and starts it
-  // with the topology. Throws Config::FileError or LibraryError. One session a process: the
-  // library is started once.
+  // Reads the board description, sets the library's environment, loads the library and its
+  // plug-ins and starts it with the topology. Throws Config::FileError or LibraryError. One session
+  // a process: the library is started once.
   explicit Session(const Options& options);
 
   const Board& board() const { return board_; }

@@ -34,6 +34,11 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("--library", options.driverLibrary,
                  "Driver library (default: NIMBO_LIBRARY, or the installed one)")
       ->type_name("PATH");
+  app.add_option("--plugin", options.plugins,
+                 "Further library to load after it, besides the board description's \"plugins\";\n"
+                 "may be given more than once")
+      ->type_name("PATH")
+      ->allow_extra_args(false);
   app.add_flag("--live", options.live, "Drive the hardware, through the SMBus service");
   app.add_option("--simdir", options.simulationDirectory,
                  "Directory of the simulated registers (default: NIMBOLIB_SIMDIR, or\n"

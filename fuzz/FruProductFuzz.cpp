@@ -2,7 +2,6 @@
 //
 // What the library makes of a supply's FRU EEPROM. The first byte of the input says what the EEPROM
 // does with a read beyond its end (odd: answers in part), the rest is its contents.
-#include <algorithm>
 #include <cstdint>
 
 #include "Drivers/DeviceMemory.hpp"
@@ -15,16 +14,6 @@ namespace {
 using Doubles::MemoryHam;
 
 constexpr size_t kMostReads = 1 + 5 + 2;  // offset, types and lengths, texts
-
-std::string trimmed(std::string text) {
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) {
-    text.pop_back();
-  }
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
-    text.erase(0, 1);
-  }
-  return text;
-}
 
 Identity expectedOf(const std::string& memory, bool shortAtEnd) {
   Identity found;

@@ -31,3 +31,14 @@ inline Identity identityBy(IdentityReader reader, Ham::Ham& ham) {
     return {PL_STATUS_OK, check.text};
   }
 }
+
+// The text without blanks and tabs at its ends.
+inline std::string trimmed(std::string text) {
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) {
+    text.pop_back();
+  }
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
+    text.erase(0, 1);
+  }
+  return text;
+}

@@ -5,7 +5,6 @@
 // first byte is the format's widths and the number of bytes in the first block; the blocks are as
 // long as they come, whatever their counts say.
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "Drivers/PsuSlot.hpp"
 #include "fuzz/Identity.hpp"
 #include "fuzz/Require.hpp"
+#include "test/support/LinearOracle.hpp"
 
 namespace {
 
@@ -54,35 +54,19 @@ class Supply final : public Ham::Ham {
   uint32_t asked_ = 0;
 };
 
-int twosComplement(unsigned value, unsigned bits) {
-  const int range = 1 << bits;
-  const int low = static_cast<int>(value) % range;
-  return low < range / 2 ? low : low - range;
-}
-
 void checkNumbers(const uint8_t* data, size_t size) {
   const unsigned mantissaBits = data[0] % 16 + 1;
   const unsigned exponentBits = data[0] / 16 % 8 + 1;
   for (size_t i = 1; i + 1 < size; i += 2) {
     const auto word = static_cast<uint16_t>(data[i] | data[i + 1] << 8);
-    require(
-        Drivers::linear11ToReal(word) == std::ldexp(static_cast<float>(twosComplement(word, 11)),
-                                                    twosComplement(word / 2048u, 5)),
-        "LINEAR11");
+    require(Drivers::linear11ToReal(word) == Doubles::expectedLinear11(word), "LINEAR11");
     require(Drivers::linearToReal(word, data[i], static_cast<uint8_t>(mantissaBits),
                                   static_cast<uint8_t>(exponentBits)) ==
-                std::ldexp(static_cast<float>(twosComplement(word, mantissaBits)),
-                           twosComplement(data[i], exponentBits)),
+                Doubles::expectedLinear(word, data[i], mantissaBits, exponentBits),
             "linear of any widths");
     const float encoded = Drivers::linear11ToReal(Drivers::realToLinear(word));
     require(encoded <= word && word - encoded < std::max(1.0f, encoded / 256), "real to linear");
   }
-}
-
-std::string trimmed(const std::string& text) {
-  const size_t first = text.find_first_not_of(" \t");
-  return first == std::string::npos ? ""
-                                    : text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 // A bay that knows the supply, so that its texts are filled into a template.

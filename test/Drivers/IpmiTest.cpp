@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <stdexcept>
 
 #include "Components/Fan.hpp"
@@ -14,14 +13,8 @@
 #include "test/support/Check.hpp"
 #include "test/support/Device.hpp"
 #include "test/support/Host.hpp"
-
-namespace {
-bool outOfMemory = false;
-}
-extern "C" {
-char* __real_strdup(const char* text);
-char* __wrap_strdup(const char* text) { return outOfMemory ? nullptr : __real_strdup(text); }
-}
+#include "test/support/OutOfMemory.hpp"
+#include "test/support/Presence.hpp"
 
 namespace {
 
@@ -30,6 +23,8 @@ using Component::LogicalDevice::Psu;
 using Component::LogicalDevice::Slot;
 using Component::LogicalDevice::TempSensor;
 using Doubles::host;
+using Doubles::Presence;
+using Doubles::presence;
 using Doubles::settings;
 using Doubles::Trace;
 using Drivers::ArgMap;
@@ -295,15 +290,8 @@ class IpmiFanBay : public IpmiDevice {
     host().traces.clear();
     return made;
   }
-  static std::pair<pl_status, std::string> ask(Slot& bay) {
-    char* text = nullptr;
-    const pl_status status = bay.getPresence(&text);
-    std::pair<pl_status, std::string> got(status, text != nullptr ? text : "none");
-    std::free(text);
-    return got;
-  }
-  static std::pair<pl_status, std::string> got(pl_status status, const char* text = "none") {
-    return {status, text};
+  static Presence ask(Slot& bay) {
+    return Doubles::presenceBy([&](char** text) { return bay.getPresence(text); });
   }
 
   std::unique_ptr<Ipmi> device_ = device({{"fruId", "fru1"}});
@@ -341,7 +329,7 @@ TEST_F(IpmiFanBay, WantsItsArguments) {
 
 TEST_F(IpmiFanBay, DescribesAFanByItsAirflow) {
   bmc_->sensors_ = {{"FAN3", "5400"}, {"AIRFLOWDIRECTION_FRU1", "backToFrontAirflow"}};
-  EXPECT_EQ(ask(*bay()), got(0, "<backToFrontAirflow 9000 T1>"));
+  EXPECT_EQ(ask(*bay()), presence(0, "<backToFrontAirflow 9000 T1>"));
   EXPECT_THAT(host().traces,
               ElementsAre(Trace{6, "IpmiHam::fanPresence  'fan3' 0 1"},
                           Trace{5, "FormatFdl::set( 'airflowDirection', 'backToFrontAirflow' )"},
@@ -349,12 +337,12 @@ TEST_F(IpmiFanBay, DescribesAFanByItsAirflow) {
                           Trace{5, "FormatFdl::set( 'modelName', 'T1' )"},
                           Trace{5, "fan 3 fdl: <backToFrontAirflow 9000 T1>"}));
   bmc_->sensors_["AIRFLOWDIRECTION_FRU1"] = "frontToBackAirflow";
-  EXPECT_EQ(ask(*bay()), got(0, "<frontToBackAirflow 11000 T1>"));
+  EXPECT_EQ(ask(*bay()), presence(0, "<frontToBackAirflow 11000 T1>"));
 }
 
 TEST_F(IpmiFanBay, DescribesAFanWithoutAnAirflow) {
   bmc_->sensors_["FAN3"] = "0";
-  EXPECT_EQ(ask(*bay()), got(0, "<unknownAirflowDirection 11000 T1>"));
+  EXPECT_EQ(ask(*bay()), presence(0, "<unknownAirflowDirection 11000 T1>"));
 }
 
 TEST_F(IpmiFanBay, KeepsItsDescriptorWhileTheFanIsThere) {
@@ -363,7 +351,7 @@ TEST_F(IpmiFanBay, KeepsItsDescriptorWhileTheFanIsThere) {
   ask(*made);
   bmc_->sensors_["AIRFLOWDIRECTION_FRU1"] = "frontToBackAirflow";
   host().traces.clear();
-  EXPECT_EQ(ask(*made), got(0, "<backToFrontAirflow 9000 T1>"));
+  EXPECT_EQ(ask(*made), presence(0, "<backToFrontAirflow 9000 T1>"));
   EXPECT_THAT(host().texts(5), ElementsAre("Using cached fdl for fan 3"));
 }
 
@@ -372,9 +360,9 @@ TEST_F(IpmiFanBay, DescribesAnewAFanThatWasGone) {
   const auto made = bay();
   ask(*made);
   bmc_->sensors_.erase("FAN3");
-  EXPECT_EQ(ask(*made), got(4));
+  EXPECT_EQ(ask(*made), presence(4));
   bmc_->sensors_ = {{"FAN3", "5400"}, {"AIRFLOWDIRECTION_FRU1", "frontToBackAirflow"}};
-  EXPECT_EQ(ask(*made), got(0, "<frontToBackAirflow 11000 T1>"));
+  EXPECT_EQ(ask(*made), presence(0, "<frontToBackAirflow 11000 T1>"));
 }
 
 TEST_F(IpmiFanBay, DescribesAnewAfterValuesThatWereNotGood) {
@@ -382,15 +370,15 @@ TEST_F(IpmiFanBay, DescribesAnewAfterValuesThatWereNotGood) {
   const auto made = bay();
   ask(*made);
   bmc_->status_ = 6;
-  EXPECT_EQ(ask(*made), got(6));
+  EXPECT_EQ(ask(*made), presence(6));
   bmc_->status_ = 0;
   bmc_->sensors_.erase("AIRFLOWDIRECTION_FRU1");
-  EXPECT_EQ(ask(*made), got(0, "<unknownAirflowDirection 11000 T1>"));
+  EXPECT_EQ(ask(*made), presence(0, "<unknownAirflowDirection 11000 T1>"));
 }
 
 TEST_F(IpmiFanBay, AsksForItsSlotsSensorWhereOneIsGiven) {
   bmc_->sensors_["FAN3"] = "5400";
-  EXPECT_EQ(ask(*bay({{"ipmiSlotKey", "tray3"}})), got(4));
+  EXPECT_EQ(ask(*bay({{"ipmiSlotKey", "tray3"}})), presence(4));
   bmc_->sensors_ = {{"TRAY3", "1"}};
   EXPECT_EQ(ask(*bay({{"ipmiSlotKey", "tray3"}})).first, 0);
 }
@@ -402,17 +390,17 @@ TEST_F(IpmiFanBay, StopsWithoutASensor) {
 
 TEST_F(IpmiFanBay, FillsInAnAirflowThatHoldsItsOwnPlaceholder) {
   bmc_->sensors_ = {{"FAN3", "1"}, {"AIRFLOWDIRECTION_FRU1", "{airflowDirection}\"{maxRpm}\n"}};
-  EXPECT_EQ(ask(*bay()), got(0, "<?airflowDirection???maxRpm?? 11000 T1>"));
+  EXPECT_EQ(ask(*bay()), presence(0, "<?airflowDirection???maxRpm?? 11000 T1>"));
 }
 
 TEST_F(IpmiFanBay, ReportsThatItHasNoMemory) {
   bmc_->sensors_["FAN3"] = "1";
   const auto made = bay();
   for (int i = 0; i < 2; ++i) {  // the second time from what is kept
-    outOfMemory = true;
+    Doubles::outOfMemory = true;
     const auto answer = ask(*made);
-    outOfMemory = false;
-    EXPECT_EQ(answer, got(6));
+    Doubles::outOfMemory = false;
+    EXPECT_EQ(answer, presence(6));
     EXPECT_TRUE(host().traced(0, "Error: Ipmi::FanSlot strdup failed"));
   }
 }

@@ -1,39 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// The formats against a second reading of PMBus 1.2 part II, sections 7.1 and 8.3.1: whole-number
-// arithmetic and ldexp here, masks and a power function there.
 #include "Drivers/PmbusFormat.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <random>
+
+#include "test/support/LinearOracle.hpp"
 
 namespace {
 
+using Doubles::expectedLinear;
 using Drivers::linear11ToReal;
 using Drivers::linearToReal;
 using Drivers::realToLinear;
 
 constexpr unsigned kWords = 65536;
 
-// The value of the low `bits` bits as a two's-complement number.
-int twosComplement(unsigned value, unsigned bits) {
-  const int range = 1 << bits;
-  const int low = static_cast<int>(value) % range;
-  return low < range / 2 ? low : low - range;
-}
-
-float expectedLinear(unsigned raw, unsigned exponent, unsigned mantissaBits,
-                     unsigned exponentBits) {
-  return std::ldexp(static_cast<float>(twosComplement(raw, mantissaBits)),
-                    twosComplement(exponent, exponentBits));
-}
-
 TEST(Linear11, DecodesEveryWord) {
   for (unsigned word = 0; word < kWords; ++word) {
-    ASSERT_EQ(linear11ToReal(static_cast<uint16_t>(word)),
-              expectedLinear(word % 2048, word / 2048, 11, 5))
+    ASSERT_EQ(linear11ToReal(static_cast<uint16_t>(word)), Doubles::expectedLinear11(word))
         << std::hex << word;
   }
 }

@@ -15,6 +15,7 @@
 #include "test/support/FakeHam.hpp"
 #include "test/support/FaultyHam.hpp"
 #include "test/support/Host.hpp"
+#include "test/support/LinearOracle.hpp"
 #include "test/support/ScriptedHam.hpp"
 
 namespace {
@@ -40,13 +41,6 @@ constexpr uint32_t kVoutMode = 0x20;
 constexpr uint32_t kStatusWord = 0x79;
 constexpr uint32_t kFanStatus = 0x81;
 constexpr uint32_t kVout = 0x8B;
-
-// The number that a LINEAR11 word stands for.
-float linear11(unsigned word) {
-  const int mantissa = static_cast<int>(word % 2048 < 1024 ? word % 2048 : word % 2048 - 2048u);
-  const int exponent = static_cast<int>(word / 2048 < 16 ? word / 2048 : word / 2048 - 32u);
-  return std::ldexp(static_cast<float>(mantissa), exponent);
-}
 
 // Start.
 
@@ -150,7 +144,7 @@ TEST_F(PmbusSupply, ReadsRandomWords) {
       fake_.set16(reading.reg, static_cast<uint16_t>(word));
       float value = 0;
       ASSERT_EQ((*supply.*reading.get)(&value), 0);
-      ASSERT_EQ(value, linear11(word)) << reading.name << " " << std::hex << word;
+      ASSERT_EQ(value, Doubles::expectedLinear11(word)) << reading.name << " " << std::hex << word;
     }
   }
 }
@@ -586,7 +580,7 @@ TEST_F(PmbusTemperatures, AreNeverBelow0) {
     fake_.set16(0x8D, static_cast<uint16_t>(word));
     float celsius = 1.5f;
     ASSERT_EQ(first->getTemperature(&celsius), 0);
-    ASSERT_EQ(celsius, std::max(linear11(word), 0.0f)) << std::hex << word;
+    ASSERT_EQ(celsius, std::max(Doubles::expectedLinear11(word), 0.0f)) << std::hex << word;
     fake_.forgetBatches();
   }
 }

@@ -20,14 +20,8 @@
 #include "test/support/Host.hpp"
 #include "test/support/Identification.hpp"
 #include "test/support/MemoryHam.hpp"
-
-namespace {
-bool outOfMemory = false;
-}
-extern "C" {
-char* __real_strdup(const char* text);
-char* __wrap_strdup(const char* text) { return outOfMemory ? nullptr : __real_strdup(text); }
-}
+#include "test/support/OutOfMemory.hpp"
+#include "test/support/Presence.hpp"
 
 namespace {
 
@@ -41,6 +35,8 @@ using Doubles::host;
 using Doubles::made;
 using Doubles::MemoryHam;
 using Doubles::Operations;
+using Doubles::Presence;
+using Doubles::presence;
 using Doubles::settings;
 using Doubles::tlvInfo;
 using Doubles::Trace;
@@ -55,16 +51,8 @@ namespace Op = Doubles::Op;
 
 constexpr const char* kUnit = "Drivers/PsuSlot";
 
-using Answer = std::pair<pl_status, std::string>;
-
-Answer answer(pl_status status, const std::string& text = "none") { return {status, text}; }
-
-Answer ask(Slot& bay) {
-  char* descriptor = nullptr;
-  const pl_status status = bay.getPresence(&descriptor);
-  Answer got(status, descriptor != nullptr ? descriptor : "none");
-  std::free(descriptor);
-  return got;
+Presence ask(Slot& bay) {
+  return Doubles::presenceBy([&](char** descriptor) { return bay.getPresence(descriptor); });
 }
 
 // Start.
@@ -144,7 +132,7 @@ TEST_F(PsuBay, TakesAnUnknownIdentificationForPmbus) {
   const std::unique_ptr<Slot> slot(device_->newSlot(settings(args)));
   EXPECT_THAT(host().traces, ElementsAre(Trace{5, "Creating new PsuSlot for Psu id 1"},
                                          Trace{0, "Invalid identification type: 'PMBUS'"}));
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
 }
 
 TEST_F(PsuBay, TakesNoIdentificationForPmbus) {
@@ -194,7 +182,7 @@ class PsuBayWithLines : public PsuBay {
 
 TEST_F(PsuBayWithLines, AreReadBeforeTheSupply) {
   const auto slot = bay(lines());
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   ASSERT_EQ(fake_.batches().size(), 4u);
   EXPECT_EQ(fake_.batches()[0], Operations{Op::read8(1)});
   EXPECT_EQ(fake_.batches()[1], Operations{Op::read8(2)});
@@ -203,10 +191,10 @@ TEST_F(PsuBayWithLines, AreReadBeforeTheSupply) {
 TEST_F(PsuBayWithLines, SayThatTheBayIsEmpty) {
   const auto slot = bay(lines());
   fake_.set8(1, 0xFE);
-  EXPECT_EQ(ask(*slot), answer(1));
+  EXPECT_EQ(ask(*slot), presence(1));
   EXPECT_THAT(fake_.batches(), ElementsAre(Operations{Op::read8(1)}, Operations{Op::read8(2)}));
   fake_.set8(2, 0x00);
-  EXPECT_EQ(ask(*slot), answer(1));
+  EXPECT_EQ(ask(*slot), presence(1));
   EXPECT_THAT(host().traces, ElementsAre(Trace{7, "getPresence"}, Trace{7, "getPresence"}));
 }
 
@@ -214,7 +202,7 @@ TEST_F(PsuBayWithLines, SayThatASupplyHasNoPower) {
   const auto slot =
       bay(lines({{"model_x", "PWR-UNKNOWN"}, {"psuFdl_x", "{modelName}/{serialNum}"}}));
   fake_.set8(2, 0xF7);
-  EXPECT_EQ(ask(*slot), answer(0, "PWR-UNKNOWN/N/A"));
+  EXPECT_EQ(ask(*slot), presence(0, "PWR-UNKNOWN/N/A"));
   EXPECT_EQ(fake_.batches().size(), 2u);
   EXPECT_THAT(host().texts(0),
               ElementsAre("PSU serialNum = 'N/A'", "PSU modelName = 'PWR-UNKNOWN'"));
@@ -240,7 +228,7 @@ TEST_F(PsuBayWithLines, HaveAPolarityEach) {
         {{"presenceActiveLow", row.presenceActiveLow}, {"statusActiveLow", row.statusActiveLow}}));
     fake_.set8(1, row.presence);
     fake_.set8(2, row.status);
-    const Answer got = ask(*slot);
+    const Presence got = ask(*slot);
     EXPECT_EQ(got.first, row.present ? 0 : 1);
     if (row.present) {
       EXPECT_THAT(got.second, HasSubstr(row.powered ? "M1" : "PWR-UNKNOWN"));
@@ -251,13 +239,13 @@ TEST_F(PsuBayWithLines, HaveAPolarityEach) {
 TEST_F(PsuBayWithLines, GiveTheirStatusWhenTheyCannotBeRead) {
   const auto slot = bay(lines());
   faulty_.failOn(1, 6);
-  EXPECT_EQ(ask(*slot), answer(6));
+  EXPECT_EQ(ask(*slot), presence(6));
   EXPECT_THAT(fake_.batches(), IsEmpty());
   faulty_.heal();
   faulty_.failOn(2, 4);
-  EXPECT_EQ(ask(*slot), answer(4));
+  EXPECT_EQ(ask(*slot), presence(4));
   fake_.set8(1, 0x00);  // empty, and the other line is read all the same
-  EXPECT_EQ(ask(*slot), answer(4));
+  EXPECT_EQ(ask(*slot), presence(4));
 }
 
 TEST_F(PsuBayWithLines, CountOnlyTogether) {
@@ -265,8 +253,8 @@ TEST_F(PsuBayWithLines, CountOnlyTogether) {
   ArgMap statusAlone = knowingM1({{"statusReg", "2"}, {"statusBit", "3"}});
   fake_.set8(1, 0x00);
   fake_.set8(2, 0x00);
-  EXPECT_EQ(ask(*bay(presenceAlone)), answer(0, "<M1 S1>"));
-  EXPECT_EQ(ask(*bay(statusAlone)), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*bay(presenceAlone)), presence(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*bay(statusAlone)), presence(0, "<M1 S1>"));
 }
 
 TEST_F(PsuBayWithLines, MayBeAnotherDevices) {
@@ -278,10 +266,10 @@ TEST_F(PsuBayWithLines, MayBeAnotherDevices) {
   dynamic_cast<Component::HardwareDevice&>(*Component::DeviceBase::devices.at(1)).ham = &pinsHam;
   pinsHam.set8(1, 0x00);
   pinsHam.set8(2, 0x08);
-  EXPECT_EQ(ask(*slot), answer(1));
+  EXPECT_EQ(ask(*slot), presence(1));
   EXPECT_THAT(fake_.batches(), IsEmpty());
   pinsHam.set8(1, 0x01);
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
 }
 
 // Descriptors.
@@ -289,7 +277,7 @@ TEST_F(PsuBayWithLines, MayBeAnotherDevices) {
 TEST_F(PsuBay, DescribesAModelThatItKnows) {
   supply("M1", "S1");
   const auto slot = bay(knowingM1());
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   EXPECT_THAT(host().traces,
               ElementsAre(Trace{7, "getPresence"}, Trace{7, "readSerialAndModelPmbus"},
                           Trace{0, "PSU serialNum = 'S1'"}, Trace{0, "PSU modelName = 'M1'"},
@@ -304,9 +292,9 @@ TEST_F(PsuBay, DescribesEachModelByItsOwnTemplate) {
                        {"psuFdl_2", "second"}};
   const auto slot = bay(args);
   supply("M2", "S2");
-  EXPECT_EQ(ask(*slot), answer(0, "second"));
+  EXPECT_EQ(ask(*slot), presence(0, "second"));
   supply("M1", "S1");
-  EXPECT_EQ(ask(*slot), answer(0, "first S1"));
+  EXPECT_EQ(ask(*slot), presence(0, "first S1"));
 }
 
 TEST_F(PsuBay, FillsInWhatItsTemplateNames) {
@@ -317,18 +305,18 @@ TEST_F(PsuBay, FillsInWhatItsTemplateNames) {
                           "\"i\":{psuId},\"f\":\"{airflow}\",\"o\":\"{other}\"}"},
                          {"airflow", "frontToBack"}},
                         "2");
-  EXPECT_EQ(ask(*slot), answer(0,
-                               "{\"m\":\"M1M1\",\"s\":\"S1S1\",\"i\":2,"
-                               "\"f\":\"frontToBack\",\"o\":\"{other}\"}"));
+  EXPECT_EQ(ask(*slot), presence(0,
+                                 "{\"m\":\"M1M1\",\"s\":\"S1S1\",\"i\":2,"
+                                 "\"f\":\"frontToBack\",\"o\":\"{other}\"}"));
 }
 
 TEST_F(PsuBay, SaysThatAnUnknownModelIsUnmanaged) {
   supply("M9", "S9");
   const auto slot = bay(knowingM1());
-  EXPECT_EQ(ask(*slot), answer(0, "unmanaged power supply, modelName: M9, serialNum: S9"));
+  EXPECT_EQ(ask(*slot), presence(0, "unmanaged power supply, modelName: M9, serialNum: S9"));
   EXPECT_THAT(host().texts(0), ElementsAre("PSU serialNum = 'S9'", "PSU modelName = 'M9'",
                                            "Unknown modelName. PSU is unmanaged"));
-  EXPECT_EQ(ask(*bay()), answer(0, "unmanaged power supply, modelName: M9, serialNum: S9"));
+  EXPECT_EQ(ask(*bay()), presence(0, "unmanaged power supply, modelName: M9, serialNum: S9"));
 }
 
 TEST_F(PsuBay, TellsOfTextsThatAreMissing) {
@@ -367,11 +355,11 @@ TEST_F(PsuBay, KeepsItsDescriptorForTheSameSupply) {
 TEST_F(PsuBay, DescribesAnewWhenModelOrSerialNumberIsAnother) {
   supply("M1", "S1");
   const auto slot = bay(knowingM1({{"model_b", "M2"}, {"psuFdl_b", "<{modelName} {serialNum}>"}}));
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   supply("M1", "S2");
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S2>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S2>"));
   supply("M2", "S2");
-  EXPECT_EQ(ask(*slot), answer(0, "<M2 S2>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M2 S2>"));
   supply("M9", "S2");
   EXPECT_THAT(ask(*slot).second, HasSubstr("unmanaged"));
   host().traces.clear();
@@ -383,52 +371,52 @@ TEST_F(PsuBay, KeepsItsDescriptorOverAFailure) {
   supply("M1", "S1");
   const auto slot = bay(knowingM1());
   faulty_.failNext(6);
-  EXPECT_EQ(ask(*slot), answer(6));
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(6));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   faulty_.failNext(6);
-  EXPECT_EQ(ask(*slot), answer(6));
+  EXPECT_EQ(ask(*slot), presence(6));
   host().traces.clear();
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   EXPECT_TRUE(host().traced(7, "Using cached fdl"));
 }
 
 TEST_F(PsuBay, ReportsThatItHasNoMemory) {
   supply("M1", "S1");
   const auto slot = bay(knowingM1());
-  outOfMemory = true;
-  const Answer got = ask(*slot);
-  outOfMemory = false;
-  EXPECT_EQ(got, answer(6));
+  Doubles::outOfMemory = true;
+  const Presence got = ask(*slot);
+  Doubles::outOfMemory = false;
+  EXPECT_EQ(got, presence(6));
 }
 
 // Hostile texts. A value that held its own placeholder would be filled in for ever.
 
 TEST_F(PsuBay, FillsInAValueThatHoldsItsOwnPlaceholder) {
   supply("M1", "{serialNum}");
-  EXPECT_EQ(ask(*bay(knowingM1())), answer(0, "<M1 ?serialNum?>"));
+  EXPECT_EQ(ask(*bay(knowingM1())), presence(0, "<M1 ?serialNum?>"));
   supply("{modelName}", "{serialNum}");
   const auto slot = bay({{"model_a", "{modelName}"}, {"psuFdl_a", "{modelName} {serialNum}"}});
-  EXPECT_EQ(ask(*slot), answer(0, "?modelName? ?serialNum?"));
+  EXPECT_EQ(ask(*slot), presence(0, "?modelName? ?serialNum?"));
 }
 
 TEST_F(PsuBay, FillsInAnArgumentThatHoldsItsOwnPlaceholder) {
   supply("M1", "S1");
   const auto slot = bay({{"model_a", "M1"}, {"psuFdl_a", "{x} {psuFdl_a}"}, {"x", "{x}{x}"}});
-  EXPECT_EQ(ask(*slot), answer(0, "?x??x? ?x? ?psuFdl_a?"));
+  EXPECT_EQ(ask(*slot), presence(0, "?x??x? ?x? ?psuFdl_a?"));
 }
 
 TEST_F(PsuBay, LetsNoTextLeaveItsPlaceInADescriptor) {
   const ArgMap args = {{"model_a", "M1"}, {"psuFdl_a", R"({"serial":"{serialNum}"})"}};
   const auto slot = bay(args);
   supply("M1", R"(",{\"x":1})");
-  EXPECT_EQ(ask(*slot), answer(0, R"({"serial":"?,???x?:1?"})"));
+  EXPECT_EQ(ask(*slot), presence(0, R"({"serial":"?,???x?:1?"})"));
   supply("M1", std::string("a\0b\n\x7F\xFF\t ", 8));
-  EXPECT_EQ(ask(*slot), answer(0, R"({"serial":"a?b???? "})"));
+  EXPECT_EQ(ask(*slot), presence(0, R"({"serial":"a?b???? "})"));
 }
 
 TEST_F(PsuBay, MakesTheTextOfAnUnknownModelHarmlessToo) {
   supply("{\"}", "\\\n");
-  EXPECT_EQ(ask(*bay()), answer(0, "unmanaged power supply, modelName: ???, serialNum: ??"));
+  EXPECT_EQ(ask(*bay()), presence(0, "unmanaged power supply, modelName: ???, serialNum: ??"));
 }
 
 // Identification over PMBus.
@@ -436,14 +424,14 @@ TEST_F(PsuBay, MakesTheTextOfAnUnknownModelHarmlessToo) {
 TEST_F(PsuBay, TrimsTheModelAlone) {
   supply("  DPS550AB6A\t", "S1 ");
   const auto slot = bay({{"model_a", "DPS550AB6A"}, {"psuFdl_a", "<{model}><{serial}>"}});
-  EXPECT_EQ(ask(*slot), answer(0, "<DPS550AB6A><S1 >"));
+  EXPECT_EQ(ask(*slot), presence(0, "<DPS550AB6A><S1 >"));
 }
 
 TEST_F(PsuBay, ReportsASupplyThatDoesNotAnswer) {
-  EXPECT_EQ(ask(*bay(knowingM1())), answer(4));
+  EXPECT_EQ(ask(*bay(knowingM1())), presence(4));
   supply("M1", "S1");
   faulty_.failAt(1, 6);
-  EXPECT_EQ(ask(*bay(knowingM1())), answer(6));
+  EXPECT_EQ(ask(*bay(knowingM1())), presence(6));
 }
 
 // Identification by a memory.
@@ -464,29 +452,29 @@ struct MemoryBay {
 
 TEST(PsuBayWithTlvInfo, DescribesItsSupply) {
   MemoryBay bay(tlvInfo({{0x22, "M1"}, {0x23, "S1"}}), {{"identificationType", "tlv"}});
-  EXPECT_EQ(ask(*bay.slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*bay.slot), presence(0, "<M1 S1>"));
 }
 
 TEST(PsuBayWithTlvInfo, IsEmptyWithoutAMemory) {
   MemoryBay bay("", {{"identificationType", "tlv"}});
-  EXPECT_EQ(ask(*bay.slot), answer(1));
+  EXPECT_EQ(ask(*bay.slot), presence(1));
 }
 
 TEST(PsuBayWithTlvInfo, MakesItsTextsHarmless) {
   MemoryBay bay(tlvInfo({{0x22, "M1"}, {0x23, "{serial}"}}), {{"identificationType", "tlv"}});
-  EXPECT_EQ(ask(*bay.slot), answer(0, "<M1 ?serial?>"));
+  EXPECT_EQ(ask(*bay.slot), presence(0, "<M1 ?serial?>"));
 }
 
 TEST(PsuBayWithFru, DescribesItsSupply) {
   MemoryBay bay(fruMemory({fruField("Maker"), fruField("M1 "), fruField("PN"), fruField("V"),
                            fruField("S1 ")}),
                 {{"identificationType", "ipmi"}, {"ipmiId", "1"}});
-  EXPECT_EQ(ask(*bay.slot), answer(0, "<M1 S1 >"));
+  EXPECT_EQ(ask(*bay.slot), presence(0, "<M1 S1 >"));
 }
 
 TEST(PsuBayWithFru, GivesTheStatusOfItsMemory) {
   MemoryBay bay("", {{"identificationType", "ipmi"}, {"ipmiId", "1"}});
-  EXPECT_EQ(ask(*bay.slot), answer(6));
+  EXPECT_EQ(ask(*bay.slot), presence(6));
 }
 
 TEST(PsuBayWithFru, ReadsItsSimulatedOne) {
@@ -498,7 +486,7 @@ TEST(PsuBayWithFru, ReadsItsSimulatedOne) {
                          {"ipmiId", "1"},
                          {"model_b", "DPS550AB6A"},
                          {"psuFdl_b", "{model} {serial}"}});
-  EXPECT_EQ(ask(*bay.slot), answer(0, "DPS550AB6A SIM0000001"));
+  EXPECT_EQ(ask(*bay.slot), presence(0, "DPS550AB6A SIM0000001"));
 }
 
 // Identification by one status register.
@@ -511,14 +499,15 @@ TEST_F(PsuBay, OfAWedgeIsFilledByBit0) {
   const auto second = bay(args, "2");
   for (unsigned status = 0; status < 256; ++status) {
     fake_.set8(8, static_cast<uint8_t>(status));
-    EXPECT_EQ(ask(*first), status % 2 == 1 ? answer(1) : answer(0, "<PWR-WEDGE N/A>")) << status;
-    EXPECT_EQ(ask(*second), answer(0, "<PWR-WEDGE N/A>")) << status;
+    EXPECT_EQ(ask(*first), status % 2 == 1 ? presence(1) : presence(0, "<PWR-WEDGE N/A>"))
+        << status;
+    EXPECT_EQ(ask(*second), presence(0, "<PWR-WEDGE N/A>")) << status;
   }
 }
 
 TEST_F(PsuBay, OfAWedgeIsEmptyWhenItDoesNotAnswer) {
   faulty_.failAlways(6);
-  EXPECT_EQ(ask(*bay({{"identificationType", "wedge"}}, "2")), answer(1));
+  EXPECT_EQ(ask(*bay({{"identificationType", "wedge"}}, "2")), presence(1));
 }
 
 // Identification by a command. Its stub keeps its arguments, one a line, and answers as it is told.
@@ -571,15 +560,16 @@ TEST_F(PsuBayWithCommand, TracesItsCommandWhenItIsMade) {
 TEST_F(PsuBayWithCommand, TakesSerialNumberAndModelFromItsOutput) {
   write("answer", "S1 M1\n");
   const auto slot = bay(raw());
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>"));
   EXPECT_EQ(arguments(), "<raw><psuSlot><7><ModelNumber=0x1 0x2><SerialNumber=0x3>");
   write("answer", "\n\t S2\n\nM1 more words\n");
-  EXPECT_EQ(ask(*slot), answer(0, "<M1 S2>"));
+  EXPECT_EQ(ask(*slot), presence(0, "<M1 S2>"));
 }
 
 TEST_F(PsuBayWithCommand, NamesTheBayItself) {
   write("answer", "S1 M1");
-  EXPECT_EQ(ask(*bay(knowingM1({{"identificationType", "ipmitool"}}), "2")), answer(0, "<M1 S1>"));
+  EXPECT_EQ(ask(*bay(knowingM1({{"identificationType", "ipmitool"}}), "2")),
+            presence(0, "<M1 S1>"));
   EXPECT_EQ(arguments(), "<psuSlot><2>");
 }
 
@@ -603,7 +593,7 @@ TEST_F(PsuBayWithCommand, PassesEveryValueAsItIs) {
         std::string("")}) {
     const auto slot = bay(
         raw({{"ipmiId", hostile}, {"ipmiRawModel", hostile}, {"ipmiRawSerialNumber", hostile}}));
-    EXPECT_EQ(ask(*slot), answer(0, "<M1 S1>")) << hostile;
+    EXPECT_EQ(ask(*slot), presence(0, "<M1 S1>")) << hostile;
     EXPECT_EQ(arguments(), "<raw><psuSlot><" + hostile + "><ModelNumber=" + hostile +
                                "><SerialNumber=" + hostile + ">");
     EXPECT_FALSE(std::filesystem::exists(mark)) << hostile;
@@ -612,22 +602,22 @@ TEST_F(PsuBayWithCommand, PassesEveryValueAsItIs) {
 
 TEST_F(PsuBayWithCommand, MakesItsOutputHarmless) {
   write("answer", "{serialNum} M1");
-  EXPECT_EQ(ask(*bay(raw())), answer(0, "<M1 ?serialNum?>"));
+  EXPECT_EQ(ask(*bay(raw())), presence(0, "<M1 ?serialNum?>"));
 }
 
 TEST_F(PsuBayWithCommand, TellsOfOutputThatIsMissing) {
   write("answer", "S1\n");
   const auto slot = bay(raw());
-  EXPECT_EQ(ask(*slot), answer(0, "unmanaged power supply, modelName: , serialNum: S1"));
+  EXPECT_EQ(ask(*slot), presence(0, "unmanaged power supply, modelName: , serialNum: S1"));
   EXPECT_THAT(host().texts(7), ElementsAre("getPresence", "Failed to read PSU info 'S1' ''"));
 }
 
 TEST_F(PsuBayWithCommand, ReportsACommandThatFails) {
   write("answer", "S1 M1");
   write("status", "1");
-  EXPECT_EQ(ask(*bay(raw())), answer(6));
+  EXPECT_EQ(ask(*bay(raw())), presence(6));
   std::filesystem::remove(directory_ / "zuIpmi");
-  EXPECT_EQ(ask(*bay(raw())), answer(6));
+  EXPECT_EQ(ask(*bay(raw())), presence(6));
 }
 
 }  // namespace

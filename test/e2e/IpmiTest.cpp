@@ -3,12 +3,11 @@
 // What a management controller looks after, with a back-end that a plug-in brought.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <stdexcept>
 
+#include "test/e2e/ChipBoard.hpp"
 #include "test/e2e/IpmiBackEnd.hpp"
 #include "test/e2e/Library.hpp"
-#include "test/e2e/TracedBoard.hpp"
 
 using testing::ElementsAre;
 using testing::Pair;
@@ -31,14 +30,6 @@ class HostIpmi : public Simulation {
            hamType + R"(", "fruId": ")" + fruId + "\"" + args + "}}";
   }
 };
-
-std::pair<pl_status, std::string> ask(pl_slot* slot) {
-  char* descriptor = nullptr;
-  const pl_status status = slot->ops->get_presence(slot, &descriptor);
-  const std::string text = descriptor != nullptr ? descriptor : "none";
-  std::free(descriptor);
-  return {status, text};
-}
 
 TEST_F(HostIpmi, MakesItsDeviceWithoutATopology) {
   ASSERT_NE(LIB(pl_psu_add)(text(R"(, "psuId": 1, "ipmiKey": "psu1")").c_str()), nullptr);

@@ -3,12 +3,10 @@
 // The front panel's drivers by name, from the description to what the simulation's files hold.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <vector>
 
+#include "test/e2e/ChipBoard.hpp"
 #include "test/e2e/Library.hpp"
-#include "test/e2e/TracedBoard.hpp"
 
 using testing::ElementsAre;
 using testing::IsSupersetOf;
@@ -17,10 +15,6 @@ namespace E2e {
 
 namespace {
 
-struct Chip {
-  unsigned did;
-  const char* driver;
-};
 constexpr Chip kPins = {1, "GenericPCA9555"};
 constexpr Chip kTrays = {2, "HalvorsaPCA9555"};
 constexpr Chip kSupplies = {3, "HalvPsuPCA9555"};
@@ -31,28 +25,12 @@ constexpr Chip kQsfps = {7, "HalvQCPLD"};
 constexpr Chip kSfps = {8, "HalvYCPLD"};
 constexpr Chip kPortLeds = {9, "HalvCLedCPLD"};
 
-// All of them on one bus.
-std::string panelTopology() {
-  std::string devices;
-  for (const Chip& chip :
-       {kPins, kTrays, kSupplies, kSfpPins, kQsfpPins, kMoreQsfpPins, kQsfps, kSfps, kPortLeds}) {
-    devices += (devices.empty() ? R"({"did": )" : R"(, {"did": )") + std::to_string(chip.did) +
-               R"(, "driver": ")" + chip.driver + R"(", "address": {"address": )" +
-               std::to_string(0x20 + chip.did) + "}}";
-  }
-  return R"([{"type": "I2C", "ham": "NimboSmbus", "id": 1, "devices": [)" + devices + "]}]";
-}
-
-class Panel : public Simulation {
+class Panel : public ChipBoard {
  protected:
-  Panel() {
-    EXPECT_EQ(LIB(pl_xcvr_init)(panelTopology().c_str()), PL_STATUS_OK);
-    takeTrace();
-  }
+  Panel()
+      : ChipBoard({kPins, kTrays, kSupplies, kSfpPins, kQsfpPins, kMoreQsfpPins, kQsfps, kSfps,
+                   kPortLeds}) {}
 
-  static std::string text(const Chip& chip, const std::string& args) {
-    return description("x", args, chip.driver, chip.did);
-  }
   static pl_led* led(const Chip& chip, const std::string& args) {
     return LIB(pl_led_add)(text(chip, args).c_str());
   }
@@ -71,28 +49,8 @@ class Panel : public Simulation {
                          kDirections)
             .c_str());
   }
-  std::string registers(const Chip& chip) const { return contents(file(chip)); }
-  // Puts digits into a chip's registers, from a place on.
-  void put(const Chip& chip, std::streamoff at, const std::string& digits) const {
-    std::fstream out(path(file(chip)), std::ios::in | std::ios::out);
-    out.seekp(at);
-    out << digits;
-  }
-
   static constexpr const char* kDirections = R"(, "bank-io-0": 255, "bank-io-1": 15)";
-
- private:
-  static std::string file(const Chip& chip) { return std::string(chip.driver) + "-x"; }
 };
-
-// The status and the text that the host is given for a tray.
-std::pair<pl_status, std::string> ask(pl_slot* slot) {
-  char* descriptor = nullptr;
-  const pl_status status = slot->ops->get_presence(slot, &descriptor);
-  const std::string text = descriptor != nullptr ? descriptor : "none";
-  std::free(descriptor);
-  return {status, text};
-}
 
 int read(pl_xcvr* xcvr, pl_status (*get)(pl_xcvr*, int*)) {
   int value = -1;

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "test/e2e/ChipBoard.hpp"
 #include "test/e2e/Library.hpp"
-#include "test/e2e/TracedBoard.hpp"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -18,29 +18,14 @@ namespace E2e {
 
 namespace {
 
-struct Chip {
-  unsigned did;
-  const char* driver;
-  const char* label;
-};
-constexpr Chip kSupply = {1, "Pmbus", "Psu1"};
-constexpr Chip kEmerson1 = {2, "EmersonPmbus", "Emerson1"};
-constexpr Chip kEmerson2 = {3, "EmersonPmbus", "Emerson2"};
+constexpr Chip kSupply = {1, "Pmbus"};
+constexpr Chip kEmerson1 = {2, "EmersonPmbus"};
+constexpr Chip kEmerson2 = {3, "EmersonPmbus"};
 constexpr Chip kPins = {4, "HalvPsuPCA9555", "PsuPCA"};
-constexpr Chip kBay = {5, "PsuSlot", "Bay1"};
-constexpr Chip kOtherBay = {6, "PsuSlot", "Bay2"};
-constexpr Chip kMultiBay = {7, "MultiSlot", "Multi"};
-
-// All of them on one bus.
-std::string powerTopology() {
-  std::string devices;
-  for (const Chip& chip : {kSupply, kEmerson1, kEmerson2, kPins, kBay, kOtherBay, kMultiBay}) {
-    devices += (devices.empty() ? R"({"did": )" : R"(, {"did": )") + std::to_string(chip.did) +
-               R"(, "label": ")" + chip.label + R"(", "driver": ")" + chip.driver +
-               R"(", "address": {"address": )" + std::to_string(0x58 + chip.did) + "}}";
-  }
-  return R"([{"type": "I2C", "ham": "NimboSmbus", "id": 1, "devices": [)" + devices + "]}]";
-}
+constexpr Chip kBay = {5, "PsuSlot"};
+constexpr Chip kOtherBay = {6, "PsuSlot"};
+constexpr Chip kMultiBay = {7, "MultiSlot"};
+constexpr const char* kPinsFile = "HalvPsuPCA9555";
 
 // What a supply's file holds at first, and where.
 constexpr const char* kFreshSupply = "172c4bc800a80000e000f84cf8001b69d800d800\n";
@@ -51,26 +36,9 @@ constexpr std::streamoff kTemperature = 20;
 constexpr const char* kFreshBay = "01c4caDPS550AB6Ac3c2caSIM0000001\n";
 constexpr std::streamoff kModel = 6;
 
-class Power : public Simulation {
+class Power : public ChipBoard {
  protected:
-  Power() {
-    EXPECT_EQ(LIB(pl_psu_init)(powerTopology().c_str()), PL_STATUS_OK);
-    takeTrace();
-  }
-
-  static std::string text(const Chip& chip, const std::string& args) {
-    return description("x", args, chip.driver, chip.did);
-  }
-  static std::string file(const Chip& chip) { return std::string(chip.driver) + "-x"; }
-  std::string registers(const Chip& chip) const { return contents(file(chip)); }
-  void putInto(const std::string& name, std::streamoff at, const std::string& digits) const {
-    std::fstream out(path(name), std::ios::in | std::ios::out);
-    out.seekp(at);
-    out << digits;
-  }
-  void put(const Chip& chip, std::streamoff at, const std::string& digits) const {
-    putInto(file(chip), at, digits);
-  }
+  Power() : ChipBoard({kSupply, kEmerson1, kEmerson2, kPins, kBay, kOtherBay, kMultiBay}) {}
 
   static pl_psu* psu(const Chip& chip, const std::string& args = "") {
     return LIB(pl_psu_add)(text(chip, args).c_str());
@@ -97,15 +65,6 @@ std::pair<pl_status, int> rpm(pl_fan* fan) {
   int value = 77;
   const pl_status status = fan->ops->get_rpm(fan, &value);
   return {status, value};
-}
-
-// The status and the text that the host is given for a bay.
-std::pair<pl_status, std::string> ask(pl_slot* slot) {
-  char* descriptor = nullptr;
-  const pl_status status = slot->ops->get_presence(slot, &descriptor);
-  const std::string text = descriptor != nullptr ? descriptor : "none";
-  std::free(descriptor);
-  return {status, text};
 }
 
 // A PMBus supply.
@@ -160,7 +119,7 @@ TEST_F(HostSupply, TakesPowerGoodFromAPin) {
   pl_psu* supply = psu(kSupply, R"("gpioDevice": "PsuPCA", "powerOkReg": 0, "powerOkBit": 1)");
   takeTrace();
   EXPECT_THAT(powerOk(supply), Pair(0, 1));  // low, and that is good
-  putInto("HalvPsuPCA9555", 0, "36");
+  putInto(kPinsFile, 0, "36");
   EXPECT_THAT(powerOk(supply), Pair(0, 0));
   EXPECT_THAT(takeTexts(4), testing::Contains("Checking power OK using powerOkGpio_").Times(2));
 }
@@ -210,7 +169,7 @@ TEST_F(HostEmerson, IsGoodByTheExpander) {
 
 TEST_F(HostEmerson, IsFaultyWithAcAndWithoutPower) {
   pl_psu* first = psu(kEmerson1, R"("psuId": 1)");
-  putInto("HalvPsuPCA9555", 0, "40");
+  putInto(kPinsFile, 0, "40");
   EXPECT_THAT(powerOk(first), Pair(2, 77));
 }
 
@@ -219,7 +178,7 @@ TEST_F(HostEmerson, HoldsTheEepromsResetsAtStart) {
   EXPECT_THAT(takeTexts(0),
               testing::IsSupersetOf({"EmersonPmbus init function", "HalvPsuPCA9555 device created",
                                      "EmersonPmbus device created"}));
-  EXPECT_EQ(contents("HalvPsuPCA9555"), "3440\n");
+  EXPECT_EQ(contents(kPinsFile), "3440\n");
 }
 
 TEST_F(HostEmerson, ComputesWhatItDoesNotMeasure) {
@@ -273,12 +232,12 @@ TEST_F(HostBay, DescribesItsSupplyByItsFru) {
 TEST_F(HostBay, ChangesItsDescriptorWithItsSupply) {
   pl_slot* slot = fruBay(std::string(R"(, "model_b": "DPS800", "psuFdl_b": "[{model}]")") + kLines);
   EXPECT_THAT(ask(slot), Pair(0, "<DPS550AB6A SIM0000001>"));
-  putInto("HalvPsuPCA9555", 0, "24");
+  putInto(kPinsFile, 0, "24");
   EXPECT_THAT(ask(slot), Pair(1, "none"));
   put(kBay, kModel, "DPS800    ");
-  putInto("HalvPsuPCA9555", 0, "30");
+  putInto(kPinsFile, 0, "30");
   EXPECT_THAT(ask(slot), Pair(0, "unmanaged power supply, modelName: PWR-UNKNOWN, serialNum: N/A"));
-  putInto("HalvPsuPCA9555", 0, "34");
+  putInto(kPinsFile, 0, "34");
   EXPECT_THAT(ask(slot), Pair(0, "[DPS800]"));
   takeTrace();
   EXPECT_THAT(ask(slot), Pair(0, "[DPS800]"));
@@ -349,10 +308,10 @@ TEST_F(HostMultiBay, AnswersForTheKindThatIsPresent) {
   pl_slot* slot = multiBay(R"("1": )" + kind(kBay, first) + R"(, "2": )" + kind(kOtherBay, second));
   ASSERT_NE(slot, nullptr);
   EXPECT_THAT(ask(slot), Pair(0, "<DPS550AB6A SIM0000001>"));
-  putInto("HalvPsuPCA9555", 0, "24");  // the first kind is gone
+  putInto(kPinsFile, 0, "24");  // the first kind is gone
   EXPECT_THAT(ask(slot),
               Pair(0, "unmanaged power supply, modelName: DPS550AB6A, serialNum: SIM0000001"));
-  putInto("HalvPsuPCA9555", 0, "34");  // the second is asked first now
+  putInto(kPinsFile, 0, "34");  // the second is asked first now
   EXPECT_THAT(ask(slot).second, HasSubstr("unmanaged"));
 }
 

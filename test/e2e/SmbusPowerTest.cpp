@@ -3,11 +3,10 @@
 // What a host's calls for supplies become for the SMBus service, and what becomes of its answers.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 #include "test/e2e/Library.hpp"
 #include "test/e2e/ServedBoard.hpp"
 #include "test/support/Host.hpp"
+#include "test/support/Presence.hpp"
 
 using Doubles::answer;
 using Doubles::host;
@@ -92,12 +91,8 @@ class BayRequests : public ServedBoard {
         R"(", "model_a": "M1", "psuFdl_a": "<{modelName} {serialNum}>"}})";
     return LIB(pl_slot_add)(text.c_str());
   }
-  static std::pair<pl_status, std::string> ask(pl_slot* slot) {
-    char* descriptor = nullptr;
-    const pl_status status = slot->ops->get_presence(slot, &descriptor);
-    const std::string text = descriptor != nullptr ? descriptor : "none";
-    std::free(descriptor);
-    return {status, text};
+  static Doubles::Presence ask(pl_slot* slot) {
+    return Doubles::presenceBy([&](char** text) { return slot->ops->get_presence(slot, text); });
   }
 };
 

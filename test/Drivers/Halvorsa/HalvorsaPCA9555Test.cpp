@@ -11,16 +11,9 @@
 #include "test/support/FaultyHam.hpp"
 #include "test/support/Host.hpp"
 #include "test/support/LibraryClock.hpp"
+#include "test/support/OutOfMemory.hpp"
+#include "test/support/Presence.hpp"
 #include "test/support/ScriptedHam.hpp"
-
-// Memory that runs out on order; linked in place of the C library's function.
-namespace {
-bool outOfMemory = false;
-}
-extern "C" {
-char* __real_strdup(const char* text);
-char* __wrap_strdup(const char* text) { return outOfMemory ? nullptr : __real_strdup(text); }
-}
 
 namespace {
 
@@ -111,12 +104,8 @@ class TrayExpander : public testing::Test {
   }
 
   // What the host gets: the status, and the descriptor that it frees.
-  std::pair<pl_status, std::string> ask(Slot& slot) {
-    char* descriptor = nullptr;
-    const pl_status status = slot.getPresence(&descriptor);
-    const std::string text = descriptor != nullptr ? descriptor : "none";
-    std::free(descriptor);
-    return {status, text};
+  Doubles::Presence ask(Slot& slot) {
+    return Doubles::presenceBy([&](char** descriptor) { return slot.getPresence(descriptor); });
   }
   void letCacheExpire() { clock_.advance(3s); }
 
@@ -286,9 +275,9 @@ TEST_F(TrayExpander, KeepsTheDescriptorOverAReadThatFails) {
 TEST_F(TrayExpander, ReportsACopyThatCannotBeMade) {
   const auto bay = slot();
   ask(*bay);
-  outOfMemory = true;
+  Doubles::outOfMemory = true;
   const auto answer = ask(*bay);
-  outOfMemory = false;
+  Doubles::outOfMemory = false;
   EXPECT_EQ(answer, std::pair(6, std::string("none")));
   EXPECT_EQ(host().traces.back(), (Trace{0, "Error: HalvorsaPCA9555::FanSlot strdup failed"}));
 }

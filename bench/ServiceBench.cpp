@@ -2,7 +2,8 @@
 //
 // What clients of the service cost each other: 8 at a time, each on a bus of its own, against one
 // client alone and against 8 on one bus. The buses answer a constant at once, so that everything
-// measured is the service's. The three are measured in turns; the ratios are what counts.
+// measured is the service's. The three are measured in turns; the ratios are what counts. And what
+// the virtual board costs beside such buses.
 #include <benchmark/benchmark.h>
 #include <sys/socket.h>
 
@@ -16,6 +17,7 @@
 #include "smbus/service/OperationKind.hpp"
 #include "smbus/service/Server.hpp"
 #include "smbus/service/SocketTransport.hpp"
+#include "smbus/service/board/VirtualBoard.hpp"
 
 namespace {
 
@@ -63,9 +65,11 @@ std::string fourWordsOn(uint32_t bus) {
 
 class Service {
  public:
-  Service() {
+  // `makeBus` is given the clock and makes one bus.
+  template <typename MakeBus>
+  explicit Service(MakeBus makeBus) {
     for (uint32_t bus = 0; bus < kBuses; ++bus) {
-      (void)buses_.add({Smbus::I2C, 0, 0, bus}, std::make_shared<ConstantBus>(), clock_);
+      (void)buses_.add({Smbus::I2C, 0, 0, bus}, makeBus(clock_), clock_);
     }
     server_ =
         std::make_unique<Server>(Context{buses_, limits_, 0, clock_, log_}, [](const BusSlot*) {});
@@ -114,8 +118,19 @@ double rateOf(const std::vector<Descriptor>& sockets, uint32_t clients, bool own
   return static_cast<double>(clients) * kCallsOfATurn / taken.count();
 }
 
+std::shared_ptr<Bus> constantBus(Clock& /*clock*/) { return std::make_shared<ConstantBus>(); }
+
+// A chip of registers, played byte by byte.
+std::shared_ptr<Bus> virtualBus(Clock& clock) {
+  constexpr const char* kBoard = R"({"buses": [{"name": "b", "chips": [
+    {"label": "chip", "model": "register", "address": "0x4E", "fill": 65}]}]})";
+  std::shared_ptr<Board::VirtualBoard> board =
+      Board::VirtualBoard::build(Config::JsonFile::parse("board", kBoard), clock);
+  return {board, board->bus("b")};
+}
+
 void concurrentClients(benchmark::State& state) {
-  Service service;
+  Service service(constantBus);
   std::vector<Descriptor> sockets;
   for (uint32_t i = 0; i < kClients; ++i) {
     sockets.push_back(service.connect());
@@ -132,6 +147,27 @@ void concurrentClients(benchmark::State& state) {
   state.counters["8_on_8_buses/8_on_1_bus"] = eight / eightOnOneBus;
 }
 BENCHMARK(concurrentClients)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
+
+// What the virtual board costs a transaction: transactions a second with its chips against those
+// with a bus that answers a constant at once, of one client.
+void virtualBoard(benchmark::State& state) {
+  constexpr double kAim = 0.8;
+  Service playing(virtualBus);
+  Service constant(constantBus);
+  std::vector<Descriptor> toChips;
+  std::vector<Descriptor> toConstant;
+  toChips.push_back(playing.connect());
+  toConstant.push_back(constant.connect());
+  double chips = 0;
+  double constants = 0;
+  for (auto _ : state) {
+    chips += rateOf(toChips, 1, true);
+    constants += rateOf(toConstant, 1, true);
+  }
+  state.counters["virtual_board/constant"] = chips / constants;
+  state.counters["aim"] = kAim;
+}
+BENCHMARK(virtualBoard)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
 
 }  // namespace
 

@@ -99,6 +99,20 @@ std::string events(const Value& answer, bool colours) {
   return list(answer, "events").Empty() ? "" : section("Events", table.text(colours), colours);
 }
 
+std::string scenario(const Value& answer, bool colours) {
+  const auto found = answer.FindMember("scenario");
+  if (found == answer.MemberEnd()) {
+    return "";
+  }
+  const Value& progress = found->value;
+  return section(
+      "Scenario",
+      fmt::format("{}: {}, {} of {} steps done, {} of them in vain\n", text(progress, "name"),
+                  progress["running"].GetBool() ? "running" : "over", text(progress, "done"),
+                  text(progress, "steps"), text(progress, "failed")),
+      colours);
+}
+
 // The options of a fault as they are given on the command line.
 std::string faultOptions(const Value& fault) {
   std::string options;
@@ -131,7 +145,8 @@ void addKinds(Table& table, const std::string& bus, const std::string& chip, con
 
 std::string boardText(const Value& answer, bool colours) {
   return chips(answer, colours) + quantities(answer, colours) + wires(answer, colours) +
-         events(answer, colours) + section("Faults", faultsText(answer, colours), colours);
+         events(answer, colours) + scenario(answer, colours) +
+         section("Faults", faultsText(answer, colours), colours);
 }
 
 std::string faultsText(const Value& answer, bool colours) {

@@ -128,7 +128,7 @@ class Daemon {
     socket.reset();
     control_.reset();
     if (backEnds_.board() != nullptr) {
-      backEnds_.board()->faults().close();  // a hang that was asked for keeps nobody
+      backEnds_.board()->close();  // a hang that was asked for keeps nobody
     }
     return server_->stop();
   }

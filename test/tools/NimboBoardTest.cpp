@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -120,6 +121,22 @@ TEST_F(NimboBoard, BusTimeIsReportedByChipAndKind) {
   EXPECT_THAT(printed({"buses"}), HasSubstr("100000 Hz"));
   const rapidjson::Document document = parsed(printed({"time", "--json"}));
   EXPECT_GT(document["buses"][1]["bits"].GetUint(), 0u);
+}
+
+TEST_F(NimboBoard, AScenarioIsRunByTheService) {
+  EXPECT_THAT(printed({"scenario", NIMBO_SCENARIO}), HasSubstr("28 steps in "));
+  EXPECT_EQ(printed({"get", "PSoC.ambient"}), "35\n");
+  EXPECT_THAT(printed({"list"}), HasSubstr("a hot afternoon: running, "));
+  EXPECT_THAT(complaint({"scenario", NIMBO_SCENARIO}), HasSubstr("\"a hot afternoon\" runs"));
+  EXPECT_EQ(printed({"stop"}), "");
+  EXPECT_THAT(complaint({"stop"}), HasSubstr("no scenario runs"));
+}
+
+TEST_F(NimboBoard, AScenarioWithAMistakeIsToldWithItsPlace) {
+  const std::string path = directory_ + "/scenario.json";
+  std::ofstream(path) << "{\"steps\": [\n{\"atMs\": 1, \"event\": \"flood\"}]}";
+  EXPECT_THAT(complaint({"scenario", path}), HasSubstr(path + ":2:22: there is no event"));
+  EXPECT_EQ(board({"scenario", directory_ + "/nowhere"}).code, 2);
 }
 
 TEST_F(NimboBoard, WhatIsNotThereIsToldWithWhatThereIs) {

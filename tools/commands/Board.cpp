@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include <unistd.h>
@@ -100,12 +102,28 @@ void putFault(const Words& words, Config::JsonLine& request) {
   }
 }
 
+// The service need not be able to read the file.
+void putScenario(const Words& words, Config::JsonLine& request) {
+  std::ifstream file(words.name);
+  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  if (!file) {
+    throw UsageError(words.name + ": cannot be read");
+  }
+  putName(words, request);
+  request.put("text", text);
+}
+
 void putWhat(const Words& words, Config::JsonLine& request) { request.put("what", words.name); }
 
 std::string nothingText(const rapidjson::Value& /*answer*/, bool /*colours*/) { return ""; }
 
 std::string faultText(const rapidjson::Value& answer, bool /*colours*/) {
   return "fault " + std::to_string(answer["id"].GetUint()) + "\n";
+}
+
+std::string scenarioText(const rapidjson::Value& answer, bool /*colours*/) {
+  return std::to_string(answer["steps"].GetUint()) + " steps in " +
+         std::to_string(answer["seconds"].GetDouble()) + " seconds\n";
 }
 
 std::string clearedText(const rapidjson::Value& answer, bool /*colours*/) {
@@ -170,6 +188,13 @@ const std::vector<BoardCommand>& boardCommands() {
        {{"WHAT", "A fault's number, a target, or all", true}},
        putWhat,
        clearedText},
+      {"scenario",
+       "scenario",
+       "Let the service run a scenario, and return at once",
+       {{"FILE", "The scenario, a JSON file", true}},
+       putScenario,
+       scenarioText},
+      {"stop", "stop", "Stop the scenario that runs", {}, putNothing, nothingText},
       {"buses", "time", "The buses, and what has gone over them", {}, putNothing, busesText},
       {"time", "time", "Bus time by bus, chip and kind of operation", {}, putNothing, busTimeText},
   };

@@ -173,15 +173,7 @@ void BoardBuilder::begin(const Item& item) {
 BoardEvent::Change BoardBuilder::change(const std::string& pattern, const Item& item,
                                         const Variables& variables) const {
   const std::string name = variables.fill(pattern, item);
-  std::optional<Lever> lever = board_.findLever(name);
-  if (!lever || !lever->set) {
-    item.fail(fmt::format("\"{}\" is neither a net nor a chip's quantity that can be set", name));
-  }
-  const double value = valueOf(item, variables);
-  if (value < lever->least || value > lever->most) {
-    item.fail(fmt::format("write a value from {} to {}", lever->least, lever->most));
-  }
-  return {std::move(*lever), value};
+  return board_.changeOf(name, valueOf(item, variables), item);
 }
 
 }  // namespace SmbusService::Board

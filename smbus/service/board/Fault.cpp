@@ -51,8 +51,10 @@ constexpr bool inOrder(const Rows& rows, Member member) {
   }
   return true;
 }
-static_assert(inOrder(kOptions, &FaultOptionRow::option) && kOptions.size() == static_cast<size_t>(kFan) + 1);
-static_assert(inOrder(kKinds, &FaultKindRow::kind) && kKinds.size() == static_cast<size_t>(kFanStall) + 1);
+static_assert(inOrder(kOptions, &FaultOptionRow::option) &&
+              kOptions.size() == static_cast<size_t>(kFan) + 1);
+static_assert(inOrder(kKinds, &FaultKindRow::kind) &&
+              kKinds.size() == static_cast<size_t>(kFanStall) + 1);
 
 bool takes(const FaultKindRow& kind, std::string_view key) {
   for (std::string_view keys = kind.options; !keys.empty();) {

@@ -39,22 +39,22 @@ FaultReport reportOf(const BusFault& fault) {
 
 }  // namespace
 
-std::string FaultDesk::complaint(const FaultOrder& order) const {
+std::string FaultDesk::complaint(const FaultOrder& order, const VirtualBoard& board) {
   const FaultKindRow& kind = rowOf(order.kind);
-  const bool isChip = kind.ofChips && board_.chip(order.target) != nullptr;
-  const bool isBus = kind.ofBuses && board_.bus(order.target) != nullptr;
+  const bool isChip = kind.ofChips && board.chip(order.target) != nullptr;
+  const bool isBus = kind.ofBuses && board.bus(order.target) != nullptr;
   if (!isChip && !isBus) {
     return unknownName(fmt::format("{} for \"{}\"", targetWord(kind), kind.name), order.target,
-                       targetsOf(board_, kind));
+                       targetsOf(board, kind));
   }
-  if (order.kind == FaultKind::kFanStall && !board_.get(leverOf(order))) {
+  if (order.kind == FaultKind::kFanStall && !board.get(leverOf(order))) {
     return fmt::format("the chip \"{}\" has no fan {}", order.target, order.fan);
   }
   return "";
 }
 
 uint32_t FaultDesk::inject(const FaultOrder& order, Time now) {
-  const std::string wrong = complaint(order);
+  const std::string wrong = complaint(order, board_);
   if (!wrong.empty()) throw BoardError(wrong);
   const Time until = endOf(order, now);
   uint32_t id = 0;

@@ -28,8 +28,8 @@ class FaultDesk {
   // The board outlives the desk.
   explicit FaultDesk(VirtualBoard& board) : board_(board) {}
 
-  // What keeps the order from being carried out on this board; empty: nothing.
-  [[nodiscard]] std::string complaint(const FaultOrder& order) const;
+  // What keeps the order from being carried out on a board; empty: nothing.
+  [[nodiscard]] static std::string complaint(const FaultOrder& order, const VirtualBoard& board);
 
   // Injects a fault at a time of the board, now or just past, and returns its number, never 0.
   // Throws BoardError with the complaint.

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "smbus/service/board/VirtualBoard.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
 
 #include "smbus/service/board/BoardBuilder.hpp"
 #include "smbus/service/board/Random.hpp"
+#include "smbus/service/board/Scenario.hpp"
 
 namespace SmbusService::Board {
 namespace {
@@ -33,6 +36,16 @@ void put(const Lever& lever, double value) {
 }
 
 }  // namespace
+
+VirtualBoard::VirtualBoard(Clock& clock)
+    : clock_(clock), scenarios_(std::make_unique<ScenarioPlayer>(*this)) {}
+
+VirtualBoard::~VirtualBoard() = default;
+
+void VirtualBoard::close() {
+  static_cast<void>(scenarios_->stop());
+  faults_.close();
+}
 
 std::unique_ptr<VirtualBoard> VirtualBoard::load(const std::string& path, Clock& clock) {
   return build(Config::JsonFile::load(path), clock);
@@ -154,11 +167,27 @@ bool VirtualBoard::release(std::string_view name) {
   return true;
 }
 
+BoardEvent::Change VirtualBoard::changeOf(const std::string& name, double value,
+                                          const Item& item) const {
+  std::optional<Lever> lever = findLever(name);
+  if (!lever || !lever->set) {
+    item.fail(fmt::format("\"{}\" is neither a net nor a chip's quantity that can be set", name));
+  }
+  if (value < lever->least || value > lever->most) {
+    item.fail(fmt::format("write a value from {} to {}", lever->least, lever->most));
+  }
+  return {std::move(*lever), value};
+}
+
+void VirtualBoard::happen(const BoardEvent& event) {
+  for (const auto& [lever, value] : event.changes) put(lever, value);
+  wiring_.settleNow();
+}
+
 bool VirtualBoard::happen(std::string_view name) {
   const auto event = events_.find(name);
   if (event == events_.end()) return false;
-  for (const auto& [lever, value] : event->second.changes) put(lever, value);
-  wiring_.settleNow();
+  happen(event->second);
   return true;
 }
 

@@ -20,10 +20,13 @@
 #include "smbus/service/board/BoardEvent.hpp"
 #include "smbus/service/board/ChipInfo.hpp"
 #include "smbus/service/board/FaultDesk.hpp"
+#include "smbus/service/board/Settings.hpp"
 #include "smbus/service/board/VirtualBus.hpp"
 #include "smbus/service/board/Wiring.hpp"
 
 namespace SmbusService::Board {
+
+class ScenarioPlayer;
 
 // Once built, any thread may use it beside the buses.
 class VirtualBoard {
@@ -31,6 +34,8 @@ class VirtualBoard {
   // Both throw Config::FileError. The clock outlives the board.
   static std::unique_ptr<VirtualBoard> load(const std::string& path, Clock& clock);
   static std::unique_ptr<VirtualBoard> build(const Config::JsonFile& file, Clock& clock);
+
+  ~VirtualBoard();
 
   // Null: the board has no such bus, chip. Both live as long as the board.
   [[nodiscard]] VirtualBus* bus(std::string_view name) const;
@@ -46,6 +51,10 @@ class VirtualBoard {
   [[nodiscard]] BoardClock& clock() { return clock_; }
   [[nodiscard]] Agenda& agenda() { return agenda_; }
   [[nodiscard]] FaultDesk& faults() { return faults_; }
+  [[nodiscard]] ScenarioPlayer& scenarios() { return *scenarios_; }
+
+  // Nothing more goes wrong: the scenario stops, all faults end and none comes after them.
+  void close();
 
   // What a chip's quantities are now; none for a chip that is not there.
   struct Reading {
@@ -78,6 +87,12 @@ class VirtualBoard {
 
   // Lets an event happen, all its changes before any chip follows. False: there is no such event.
   [[nodiscard]] bool happen(std::string_view event);
+  void happen(const BoardEvent& event);
+
+  // A change for an event; throws Config::FileError at the item for a lever that is not there or
+  // cannot be set, and for a value out of its range.
+  [[nodiscard]] BoardEvent::Change changeOf(const std::string& lever, double value,
+                                            const Item& item) const;
 
  private:
   friend class BoardBuilder;
@@ -94,7 +109,7 @@ class VirtualBoard {
   // The fault's target must be there.
   void addFault(BusFault fault);
 
-  explicit VirtualBoard(Clock& clock) : clock_(clock) {}
+  explicit VirtualBoard(Clock& clock);
   [[nodiscard]] std::optional<Lever> findLever(std::string_view name) const;
 
   std::string name_;
@@ -106,6 +121,7 @@ class VirtualBoard {
   std::map<std::string, Placed, std::less<>> chips_;
   std::map<std::string, BoardEvent, std::less<>> events_;
   FaultDesk faults_{*this};
+  std::unique_ptr<ScenarioPlayer> scenarios_;
 };
 
 }  // namespace SmbusService::Board

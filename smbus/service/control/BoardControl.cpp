@@ -41,10 +41,11 @@ struct BoardControl::Command {
 };
 
 const BoardControl::Command BoardControl::kCommands[] = {
-    {"clear", &BoardControl::clear}, {"event", &BoardControl::event},
-    {"fault", &BoardControl::fault}, {"faults", &BoardControl::faults},
-    {"get", &BoardControl::get},     {"list", &BoardControl::list},
-    {"set", &BoardControl::set},     {"time", &BoardControl::time},
+    {"clear", &BoardControl::clear},       {"event", &BoardControl::event},
+    {"fault", &BoardControl::fault},       {"faults", &BoardControl::faults},
+    {"get", &BoardControl::get},           {"list", &BoardControl::list},
+    {"scenario", &BoardControl::scenario}, {"set", &BoardControl::set},
+    {"stop", &BoardControl::stop},         {"time", &BoardControl::time},
     {"wire", &BoardControl::wire},
 };
 
@@ -95,6 +96,7 @@ void BoardControl::note(std::string_view text) {
 void BoardControl::list(Settings& request, Config::JsonLine& answer) {
   request.finish();
   reportBoard(*board_, answer);
+  if (const auto progress = board_->scenarios().progress()) reportScenario(*progress, answer);
 }
 
 void BoardControl::get(Settings& request, Config::JsonLine& answer) {
@@ -200,6 +202,26 @@ void BoardControl::clear(Settings& request, Config::JsonLine& answer) {
   }
   answer.put("cleared", uint64_t{cleared});
   note(fmt::format("faults cleared: {}", what));
+}
+
+// The scenario's text comes with the request: what the service may read does not matter.
+void BoardControl::scenario(Settings& request, Config::JsonLine& answer) {
+  const std::string name = request.text("name");
+  const std::string text = request.text("text");
+  request.finish();
+  Board::Scenario scenario = Board::readScenario(Config::JsonFile::parse(name, text), *board_);
+  answer.put("steps", uint64_t{scenario.steps.size()});
+  answer.put("seconds", std::chrono::duration<double>(scenario.duration()).count());
+  const std::string title = scenario.name;
+  board_->scenarios().start(std::move(scenario));
+  board_->agenda().runDue();
+  note(fmt::format("scenario \"{}\" begins", title));
+}
+
+void BoardControl::stop(Settings& request, Config::JsonLine& /*answer*/) {
+  request.finish();
+  if (!board_->scenarios().stop()) throw BoardError("no scenario runs");
+  note("the scenario is stopped");
 }
 
 void BoardControl::time(Settings& request, Config::JsonLine& answer) {

@@ -10,7 +10,7 @@
 
 #include "config/JsonLine.hpp"
 #include "smbus/service/Log.hpp"
-#include "smbus/service/board/VirtualBoard.hpp"
+#include "smbus/service/board/Scenario.hpp"
 
 namespace SmbusService {
 
@@ -41,6 +41,9 @@ class BoardControl {
   void faults(Board::Settings& request, Config::JsonLine& answer);
   void clear(Board::Settings& request, Config::JsonLine& answer);
   void time(Board::Settings& request, Config::JsonLine& answer);
+
+  void scenario(Board::Settings& request, Config::JsonLine& answer);
+  void stop(Board::Settings& request, Config::JsonLine& answer);
 
   void getRegister(Board::Settings& request, Config::JsonLine& answer);
   void setRegister(Board::Settings& request);

@@ -116,6 +116,17 @@ void reportBoard(VirtualBoard& board, Config::JsonLine& answer) {
   reportFaults(board, answer);
 }
 
+void reportScenario(const ScenarioPlayer::Progress& progress, Config::JsonLine& answer) {
+  answer.key("scenario");
+  answer.object([&] {
+    answer.put("name", progress.name);
+    answer.put("running", progress.running);
+    answer.put("steps", uint64_t{progress.steps});
+    answer.put("done", uint64_t{progress.done});
+    answer.put("failed", uint64_t{progress.failed});
+  });
+}
+
 void reportFaults(VirtualBoard& board, Config::JsonLine& answer) {
   const Time now = board.clock().now();
   answer.list("faults", board.faults().inForce(), [&](const FaultReport& fault) {

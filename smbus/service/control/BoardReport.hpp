@@ -4,12 +4,15 @@
 #pragma once
 
 #include "config/JsonLine.hpp"
-#include "smbus/service/board/VirtualBoard.hpp"
+#include "smbus/service/board/Scenario.hpp"
 
 namespace SmbusService {
 
 // "board", "seconds", "buses", "chips", "wires", "events", "faults".
 void reportBoard(Board::VirtualBoard& board, Config::JsonLine& answer);
+
+// "scenario".
+void reportScenario(const Board::ScenarioPlayer::Progress& progress, Config::JsonLine& answer);
 
 // "faults".
 void reportFaults(Board::VirtualBoard& board, Config::JsonLine& answer);

@@ -56,7 +56,8 @@ Call::Result Call::perform(std::string_view message) {
   response_.Clear();
   if (context_.replay != nullptr) {
     response_ = context_.replay->answer(request_);
-  } else if (const auto refusal = translate(request_, context_.buses, context_.limits, transaction_)) {
+  } else if (const auto refusal =
+                 translate(request_, context_.buses, context_.limits, transaction_)) {
     fail(refusal->request, reasonOf(*refusal));
   } else {
     carryOut();

@@ -60,6 +60,7 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addFanCommand(app, options, run);
   Nimbo::addGpioCommand(app, options, run);
   Nimbo::addSmbusCommand(app, options, run);
+  Nimbo::addRecordCommand(app, options, run);
   Nimbo::addTraceCommand(app, options, run);
   Nimbo::addBoardCommand(app, options, run);
 }

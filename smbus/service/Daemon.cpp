@@ -78,6 +78,7 @@ Configuration configurationOf(const DaemonOptions& options, const Config::JsonFi
   if (!options.replay.empty()) {
     configuration.buses.clear();
     configuration.virtualBoard.clear();
+    configuration.control.path.clear();  // there is no board to control
   }
   return configuration;
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What nimbo sees of a board, recorded by the service and served again from the recording.
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -19,6 +21,10 @@ using TestSupport::Result;
 
 class NimboRecording : public TestSupport::NimboFixture {
  protected:
+  std::string contents(const std::string& file) const {
+    std::ifstream in(directory_ + "/" + file);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
   std::string recording() const { return directory_ + "/recording"; }
 
   // A board that is shown, a module that is not there, and a write that is read back.
@@ -88,6 +94,36 @@ TEST_F(NimboRecording, AReplayOfWhatIsNoRecordingDoesNotBegin) {
   const Result result = TestSupport::run({NIMBO_SMBUSD, "--replay", recording()}, {});
   EXPECT_EQ(result.code, 2);
   EXPECT_THAT(result.err, HasSubstr(recording() + ":1:1: "));
+}
+
+TEST_F(NimboRecording, ASnapshotOfABoardIsAVirtualBoardWithTheSameRegisters) {
+  std::string live;
+  {
+    LiveService service(socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION});
+    const Result result = nimbo({"--live", "record", directory_ + "/virtual-board.json"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("SysCpld: 64 registers\n"));
+    EXPECT_THAT(result.err, HasSubstr("nimbo: Qsfp52<0x50>: no answer\n"));
+    live = nimbo({"--live", "smbus", "qsfp51", "get", "0x94", "i", "16"}).out;
+  }
+  std::filesystem::copy_file(NIMBO_SMBUSD_CONFIGURATION, directory_ + "/smbusd.json");
+  LiveService service(socket(), {"--config", directory_ + "/smbusd.json"});
+  EXPECT_EQ(nimbo({"--live", "record", directory_ + "/again.json"}).code, 0);
+  EXPECT_EQ(contents("again.json"), contents("virtual-board.json"));
+  EXPECT_EQ(nimbo({"--live", "smbus", "qsfp51", "get", "0x94", "i", "16"}).out, live);
+  const rapidjson::Document shown = parsed(nimbo({"--live", "show", "--json"}).out);
+  EXPECT_NEAR(shown["fans"][0]["rpm"].GetInt(), 8190, 400);
+  EXPECT_STREQ(shown["fans"][3]["condition"].GetString(), "stalled");
+}
+
+TEST_F(NimboRecording, ASnapshotNeedsALiveBoardAndAFileToWrite) {
+  const Result simulated = nimbo({"record", directory_ + "/board.json"});
+  EXPECT_EQ(simulated.code, 2);
+  EXPECT_THAT(simulated.err, HasSubstr("ask for it with --live"));
+  LiveService service(socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION});
+  const Result nowhere = nimbo({"--live", "record", directory_ + "/nowhere/board.json"});
+  EXPECT_EQ(nowhere.code, 1);
+  EXPECT_THAT(nowhere.err, HasSubstr("nowhere/board.json: No such file or directory"));
 }
 
 TEST_F(NimboRecording, TraceNamesDevicesAndFailures) {

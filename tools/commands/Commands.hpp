@@ -22,6 +22,7 @@ void addWatchCommand(CLI::App& app, const Options& options, Run& run);
 void addFanCommand(CLI::App& app, const Options& options, Run& run);
 void addGpioCommand(CLI::App& app, const Options& options, Run& run);
 void addSmbusCommand(CLI::App& app, const Options& options, Run& run);
+void addRecordCommand(CLI::App& app, const Options& options, Run& run);
 void addTraceCommand(CLI::App& app, const Options& options, Run& run);
 void addBoardCommand(CLI::App& app, const Options& options, Run& run);
 

@@ -5,13 +5,12 @@
 #include <array>
 #include <string_view>
 
-#include "config/JsonValue.hpp"
+#include "tools/recording/TopologyNode.hpp"
 
 namespace Nimbo {
 
 namespace {
 
-using Config::member;
 using rapidjson::Value;
 
 struct DriverRow {
@@ -36,24 +35,6 @@ Registers registersOf(const Value& device) {
   return row == kDrivers.end() ? Registers::kPlain : row->registers;
 }
 
-uint32_t number(const Value& node, const char* key) {
-  const Value* value = member(&node, key);
-  return value == nullptr ? 0 : value->GetUint();
-}
-
-uint32_t addressOf(const Value& device) {
-  const Value* address = member(&device, "address");
-  return address == nullptr ? 0 : number(*address, "address");
-}
-
-// The elements of a list, none if there is no such list.
-template <typename Action>
-void forEach(const Value& node, const char* key, Action action) {
-  if (const Value* list = member(&node, key)) {
-    std::for_each(list->Begin(), list->End(), action);
-  }
-}
-
 }  // namespace
 
 DeviceMap::DeviceMap(const Value& topology) {
@@ -72,17 +53,17 @@ void DeviceMap::addController(const Value& controller) {
   if (!Smbus::MasterType_Parse(controller["type"].GetString(), &key.master)) {
     return;  // its devices are no SMBus devices
   }
-  const Value* simulated = member(&controller, "simulated");
+  const Value* simulated = Config::member(&controller, "simulated");
   if (simulated != nullptr && simulated->IsTrue()) {
     key.master = Smbus::SimulatedI2C;
   }
-  key.controller = number(controller, "pci");
-  key.bus = number(controller, "id");
+  key.controller = numberOf(controller, "pci");
+  key.bus = numberOf(controller, "id");
   addBus(controller, {key, {}});
   forEach(controller, "accelerators", [&](const Value& accelerator) {
-    key.accelerator = number(accelerator, "id");
+    key.accelerator = numberOf(accelerator, "id");
     forEach(accelerator, "busses", [&](const Value& bus) {
-      key.bus = number(bus, "id");
+      key.bus = numberOf(bus, "id");
       addBus(bus, {key, {}});
     });
   });
@@ -103,7 +84,7 @@ void DeviceMap::addMux(const Value& bus, const Value& mux, const Numbers& number
   });
   forEach(mux, "busses", [&](const Value& channel) {
     Numbers behind = numbers;
-    behind.path.push_back({addressOf(*chip), number(channel, "id")});
+    behind.path.push_back({addressOf(*chip), numberOf(channel, "id")});
     addBus(channel, behind);
   });
 }

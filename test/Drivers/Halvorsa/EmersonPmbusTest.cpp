@@ -128,10 +128,9 @@ class Emerson : public testing::Test {
     host().traces.clear();
   }
 
-  // As the host has it: from a device that has started. The logical device is never deleted, by
-  // contract.
+  // As the host has it: of a device that has started, and neither is ever deleted.
   Psu& psu(const char* id = "1") {
-    static std::vector<std::pair<std::unique_ptr<EmersonPmbus>, Psu*>> kept;
+    static auto& kept = *new std::vector<std::pair<std::unique_ptr<EmersonPmbus>, Psu*>>;
     auto device = made<EmersonPmbus>(faulty_, {{"psuId", id}});
     device->init();
     Psu* supply = device->newPsu(settings({}));

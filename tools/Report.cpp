@@ -7,7 +7,8 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "tools/Table.hpp"
+#include "tools/Panel.hpp"
+#include "tools/kinds/Kinds.hpp"
 
 namespace Nimbo {
 
@@ -17,11 +18,6 @@ constexpr const char* kNothing = "-";
 constexpr int kDecimals = 3;  // of numbers in JSON
 
 const char* mode(const Report& report) { return report.live ? "live" : "simulation"; }
-
-Colour colourOf(Health health) {
-  static constexpr Colour kColours[] = {Colour::kGreen, Colour::kYellow, Colour::kRed};
-  return kColours[static_cast<size_t>(health)];
-}
 
 // Values as text for a table.
 struct ToText {
@@ -65,9 +61,9 @@ void addObservation(const Observation& observation, Table& table) {
   table.addCell(observation.device->entry.name);
   for (size_t i = 0; i < kind.columns.size(); ++i) {
     const Value value = i < observation.readings.size() ? observation.readings[i].value : Value{};
-    table.addCell(std::visit(ToText{kind.columns[i]}, value));
+    table.addCell(valueText(kind.columns[i], value));
   }
-  table.addCell(statusText(observation), colourOf(observation.verdict().health));
+  table.addCell(statusText(observation), healthColour(observation.verdict().health));
 }
 
 std::string tableOf(const Group& group, bool colours) {
@@ -152,13 +148,23 @@ bool Report::failed() const {
   });
 }
 
-std::string tables(const Report& report, bool colours) {
+std::string valueText(const Column& column, const Value& value) {
+  return std::visit(ToText{column}, value);
+}
+
+Colour healthColour(Health health) {
+  static constexpr Colour kColours[] = {Colour::kGreen, Colour::kYellow, Colour::kRed};
+  return kColours[static_cast<size_t>(health)];
+}
+
+std::string tables(const Report& report, const Style& style) {
   std::string text = fmt::format("{} ({}){}{}\n", report.board, mode(report),
                                  report.time.empty() ? "" : " at ", report.time);
   for (const Group& group : report.groups) {
     if (!group.observations.empty()) {
-      text += "\n" + coloured(group.kind->title, colours ? Colour::kBold : Colour::kNone) + "\n" +
-              tableOf(group, colours);
+      const bool picture = style.panel && group.kind == &kXcvrs;
+      text += "\n" + coloured(group.kind->title, style.colours ? Colour::kBold : Colour::kNone) +
+              "\n" + (picture ? panelPicture(group, style) : tableOf(group, style.colours));
     }
   }
   return text;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/Device.hpp"
+#include "tools/Table.hpp"
 
 namespace Nimbo {
 
@@ -28,8 +29,20 @@ struct Report {
   bool failed() const;
 };
 
+// How text for people looks.
+struct Style {
+  bool colours = false;
+  bool unicode = false;  // drawing characters may be used
+  bool panel = false;    // transceivers are a picture of the front panel, not a table
+};
+
 // A table for each kind that has devices.
-std::string tables(const Report& report, bool colours);
+std::string tables(const Report& report, const Style& style);
+
+// A value as it stands in a table.
+std::string valueText(const Column& column, const Value& value);
+
+Colour healthColour(Health health);
 
 // One JSON object, on one line or indented; ends in '\n'.
 enum class JsonStyle { kLine, kIndented };

@@ -58,6 +58,8 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addShowCommand(app, options, run);
   Nimbo::addWatchCommand(app, options, run);
   Nimbo::addFanCommand(app, options, run);
+  Nimbo::addLedCommand(app, options, run);
+  Nimbo::addXcvrCommand(app, options, run);
   Nimbo::addGpioCommand(app, options, run);
   Nimbo::addSmbusCommand(app, options, run);
   Nimbo::addRecordCommand(app, options, run);

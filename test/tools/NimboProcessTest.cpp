@@ -34,6 +34,11 @@ class NimboProcess : public TestSupport::NimboFixture {
     std::ofstream(directory_ + "/board.json") << text;
     return directory_ + "/board.json";
   }
+  // What a simulation file holds.
+  std::string registers(const char* file) const {
+    std::ifstream in(directory_ + file);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
 };
 
 // Overwrites part of a simulation file as a test harness does: under a record lock.
@@ -112,6 +117,81 @@ TEST_F(NimboProcess, PortsShowTheirSignals) {
   EXPECT_STREQ(ports[48]["condition"].GetString(), "ok");
   EXPECT_FALSE(ports[48]["reset"].GetBool());
   EXPECT_STREQ(ports[54]["condition"].GetString(), "low power");
+}
+
+TEST_F(NimboProcess, PanelIsAPictureInPlainCharactersAwayFromATerminal) {
+  const TestSupport::Result result = nimbo({"show", "xcvrs", "--panel"});
+  EXPECT_THAT(result.out, HasSubstr("    49 51 53 55 57 59 61\n"
+                                    "  +---------------------+\n"
+                                    "  |  O  O  O  l  .  l  .|\n"
+                                    "  |  .  .  .  l  .  l  .|\n"
+                                    "  +---------------------+\n"
+                                    "    50 52 54 56 58 60 62\n"
+                                    "  O ok  . empty  l low power\n"));
+}
+
+TEST_F(NimboProcess, WatchTellsAnInsertionAsItHappens) {
+  TestSupport::Process watch(
+      command({"watch", "xcvrs", "slots", "--changes", "--interval", "0.05"}), environment());
+  std::string line;
+  do {
+    ASSERT_TRUE(watch.readLine(line));
+  } while (line.find("qsfp62") != 0);
+  // The simulated CPLD answers with its last register: the third port of each is qsfp57's.
+  patch(directory_ + "/HalvQCPLD-QsfpCpld", 6, "a0");
+  ASSERT_TRUE(watch.readLine(line));
+  EXPECT_THAT(line, testing::EndsWith("Z xcvrs qsfp57: empty -> interrupt (present yes, reset no, "
+                                      "interrupt yes)"));
+  patch(directory_ + "/HalvorsaPCA9555-FanPCA", 0, "9b");
+  do {
+    ASSERT_TRUE(watch.readLine(line));
+  } while (line.find("tray1") == std::string::npos);
+  EXPECT_THAT(line, testing::EndsWith("Z slots tray1: ok -> empty (descriptor -)"));
+}
+
+TEST_F(NimboProcess, LedsAreSet) {
+  ASSERT_EQ(nimbo({"led", "tray1", "bad"}).code, 0);
+  EXPECT_EQ(registers("/HalvorsaPCA9555-FanPCA"), "8b0f9f\n");
+  ASSERT_EQ(nimbo({"led", "psu2", "good"}).code, 0);
+  EXPECT_EQ(registers("/HalvPsuPCA9555-PsuPCA"), "3450\n");
+}
+
+TEST_F(NimboProcess, WatchShowsLedsThatAnotherProcessSets) {
+  TestSupport::Process watch(
+      command({"watch", "leds", "--changes", "--json", "--interval", "0.05"}), environment());
+  std::string line;
+  ASSERT_TRUE(watch.readLine(line));
+  EXPECT_STREQ(parsed(line)["leds"][4]["light"].GetString(), "off");
+  ASSERT_EQ(nimbo({"led", "psu1", "bad"}).code, 0);
+  ASSERT_TRUE(watch.readLine(line));
+  const rapidjson::Document change = parsed(line);
+  ASSERT_EQ(change["leds"].Size(), 1U);
+  EXPECT_STREQ(change["leds"][0]["name"].GetString(), "psu1");
+  EXPECT_STREQ(change["leds"][0]["light"].GetString(), "red");
+}
+
+TEST_F(NimboProcess, BeaconOfAllLedsEndsInTheDark) {
+  const TestSupport::Result result = nimbo({"led", "all", "beacon", "--seconds", "0.01"});
+  EXPECT_EQ(result.code, 0) << result.err;
+  EXPECT_EQ(registers("/HalvorsaPCA9555-FanPCA"), "8b0f0f\n");
+  EXPECT_EQ(registers("/HalvPsuPCA9555-PsuPCA"), "3400\n");
+}
+
+TEST_F(NimboProcess, CagesAreControlled) {
+  const TestSupport::Result result = nimbo({"xcvr", "qsfp49", "lpmode", "on"});
+  EXPECT_EQ(result.code, 0) << result.err;
+  EXPECT_EQ(result.out, "qsfp49: lpmode on\n");
+  EXPECT_EQ(registers("/HalvSPCA9555-QsfpPCA1"), "37371911\n");
+  ASSERT_EQ(nimbo({"xcvr", "qsfp49", "reset", "on"}).code, 0);
+  EXPECT_EQ(registers("/HalvSPCA9555-QsfpPCA1"), "37371011\n");
+}
+
+TEST_F(NimboProcess, SignalThatACageHasNotIsRefused) {
+  const TestSupport::Result sfp = nimbo({"xcvr", "sfp1", "reset", "on"});
+  EXPECT_EQ(sfp.code, 2);
+  EXPECT_EQ(sfp.err, "nimbo: sfp1 is an SFP cage, which has no reset\n");
+  const TestSupport::Result qsfp = nimbo({"xcvr", "qsfp49", "txdisable", "on"});
+  EXPECT_EQ(qsfp.err, "nimbo: qsfp49 is a QSFP cage, which has no txdisable\n");
 }
 
 TEST_F(NimboProcess, BoardWithoutFailuresExitsWithZero) {
@@ -285,6 +365,8 @@ TEST_F(NimboProcess, WrongCommandLineExitsWithTwo) {
   EXPECT_EQ(nimbo({"show", "doors"}).code, 2);
   EXPECT_EQ(nimbo({"--trace", "9", "show"}).code, 2);
   EXPECT_EQ(nimbo({"fan", "set", "fan1", "-5"}).code, 2);
+  EXPECT_EQ(nimbo({"led", "psu1", "6"}).code, 2);
+  EXPECT_EQ(nimbo({"xcvr", "qsfp49", "reset", "1"}).code, 2);
 }
 
 TEST_F(NimboProcess, VersionAndHelpExitWithZero) {

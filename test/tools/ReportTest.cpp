@@ -28,7 +28,7 @@ class ReportTest : public testing::Test {
 };
 
 TEST_F(ReportTest, TablesHaveUnitsAndWords) {
-  EXPECT_EQ(tables(report_, false),
+  EXPECT_EQ(tables(report_, {}),
             "Board (simulation)\n"
             "\n"
             "Fans\n"
@@ -43,13 +43,13 @@ TEST_F(ReportTest, TablesHaveUnitsAndWords) {
 
 TEST_F(ReportTest, KindWithoutDevicesIsLeftOut) {
   report_.groups[0].observations.clear();
-  EXPECT_EQ(tables(report_, false).find("Fans"), std::string::npos);
+  EXPECT_EQ(tables(report_, {}).find("Fans"), std::string::npos);
 }
 
 TEST_F(ReportTest, ColoursAreOnlyThereWhenAskedFor) {
-  EXPECT_EQ(tables(report_, false).find('\033'), std::string::npos);
-  EXPECT_NE(tables(report_, true).find("\033[31mstalled\033[0m"), std::string::npos);
-  EXPECT_NE(tables(report_, true).find("\033[33malert\033[0m"), std::string::npos);
+  EXPECT_EQ(tables(report_, {}).find('\033'), std::string::npos);
+  EXPECT_NE(tables(report_, {.colours = true}).find("\033[31mstalled\033[0m"), std::string::npos);
+  EXPECT_NE(tables(report_, {.colours = true}).find("\033[33malert\033[0m"), std::string::npos);
 }
 
 TEST_F(ReportTest, JsonHoldsNumbersAndStatusByName) {
@@ -90,8 +90,7 @@ TEST_F(ReportTest, TemperatureAtItsCriticalThresholdIsCritical) {
 
 TEST_F(ReportTest, AccessThatFailedIsExplainedInTheTable) {
   report_.groups[0].observations[1].outcome = {PL_STATUS_REMOTE, false, "no device at 0x4e"};
-  EXPECT_NE(tables(report_, false).find("failed (no answer): no device at 0x4e"),
-            std::string::npos);
+  EXPECT_NE(tables(report_, {}).find("failed (no answer): no device at 0x4e"), std::string::npos);
 }
 
 }  // namespace

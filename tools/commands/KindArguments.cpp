@@ -8,13 +8,30 @@
 
 namespace Nimbo {
 
-void addKindArguments(CLI::App& command, std::vector<std::string>& words) {
+namespace {
+
+// As setlocale(3) looks for the locale of characters.
+bool localeIsUtf8() {
+  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* const value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') {
+      const std::string locale = value;
+      return locale.find("UTF-8") != std::string::npos || locale.find("utf8") != std::string::npos;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+void addKindArguments(CLI::App& command, KindArguments& arguments) {
   std::vector<std::string> known;
   for (const Kind* kind : kinds()) {
     known.emplace_back(kind->word);
   }
-  command.add_option("KIND", words, "What to show; everything if none is given")
+  command.add_option("KIND", arguments.words, "What to show; everything if none is given")
       ->check(CLI::IsMember(known));
+  command.add_flag("--panel", arguments.panel, "Show transceivers as a picture of the front panel");
 }
 
 std::vector<const Kind*> chosenKinds(const std::vector<std::string>& words) {
@@ -27,6 +44,11 @@ std::vector<const Kind*> chosenKinds(const std::vector<std::string>& words) {
   return chosen;
 }
 
-bool wantsColours() { return ::isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr; }
+Style styleOf(const KindArguments& arguments) {
+  const bool terminal = ::isatty(STDOUT_FILENO) == 1;
+  return {.colours = terminal && std::getenv("NO_COLOR") == nullptr,
+          .unicode = terminal && localeIsUtf8(),
+          .panel = arguments.panel};
+}
 
 }  // namespace Nimbo

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The KIND... argument of the commands that show devices.
+// The arguments of the commands that show devices.
 #pragma once
 
 #include <string>
@@ -9,16 +9,23 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/Kind.hpp"
+#include "tools/Report.hpp"
 
 namespace Nimbo {
 
-// Adds the argument; the words land in `words`, which outlives the command line.
-void addKindArguments(CLI::App& command, std::vector<std::string>& words);
+struct KindArguments {
+  std::vector<std::string> words;
+  bool panel = false;
+};
+
+// Adds KIND... and --panel; what is given lands in `arguments`, which outlives the command line.
+void addKindArguments(CLI::App& command, KindArguments& arguments);
 
 // The kinds of the words, in the order of kinds(); all of them for no words.
 std::vector<const Kind*> chosenKinds(const std::vector<std::string>& words);
 
-// True when tables go to a terminal that wants colours (NO_COLOR is not set).
-bool wantsColours();
+// Colours when text goes to a terminal that wants them (NO_COLOR is not set), drawing characters
+// when it goes to one of UTF-8.
+Style styleOf(const KindArguments& arguments);
 
 }  // namespace Nimbo

@@ -7,6 +7,7 @@
 
 #include "test/e2e/ChipBoard.hpp"
 #include "test/e2e/Library.hpp"
+#include "test/e2e/Time.hpp"
 
 using testing::ElementsAre;
 using testing::IsSupersetOf;
@@ -78,6 +79,18 @@ TEST_F(Panel, TrayThatIsPulledIsGone) {
   EXPECT_EQ(ask(first), std::pair(1, std::string("none")));
 }
 
+TEST_F(Panel, TrayThatIsPulledComesBackWithTheOtherAirflow) {
+  pl_slot* second = tray(2);
+  EXPECT_EQ(ask(second), std::pair(0, std::string("T1 backToFrontAirflow 9000")));
+  put(kTrays, 0, "ab");
+  EXPECT_EQ(ask(second).first, PL_STATUS_OK) << "read less than 2 s ago";
+  letPass(std::chrono::seconds(3));
+  EXPECT_EQ(ask(second), std::pair(1, std::string("none")));
+  put(kTrays, 0, "8b0d");
+  letPass(std::chrono::seconds(3));
+  EXPECT_EQ(ask(second), std::pair(0, std::string("T1 frontToBackAirflow 11000")));
+}
+
 // LEDs.
 
 TEST_F(Panel, LedsLightUp) {
@@ -92,15 +105,22 @@ TEST_F(Panel, LedsLightUp) {
   EXPECT_EQ(registers(kSupplies), "3484\n");
 }
 
-TEST_F(Panel, BeaconsBlinkInStepForTenTicks) {
-  pl_led* trayLed = led(kTrays, R"("id": 1)" + std::string(kDirections));
-  pl_led* psuLed = led(kSupplies, R"("id": 1, "type": "psu")");
-  EXPECT_EQ(trayLed->ops->set_light_setting(trayLed, PL_LED_BEACON), PL_STATUS_OK);
-  EXPECT_EQ(psuLed->ops->set_light_setting(psuLed, PL_LED_BEACON), PL_STATUS_OK);
+TEST_F(Panel, BeaconsOfAllLedsBlinkInStepForTenTicks) {
+  std::vector<pl_led*> leds;
+  for (const char* id : {"1", "2", "3", "4"}) {
+    leds.push_back(led(kTrays, R"("id": )" + std::string(id) + kDirections));
+  }
+  for (const char* args : {R"("id": 1, "type": "psu")", R"("id": 2, "type": "psu")",
+                           R"("id": 1, "type": "multifan")"}) {
+    leds.push_back(led(kSupplies, args));
+  }
+  for (pl_led* each : leds) {
+    EXPECT_EQ(each->ops->set_light_setting(each, PL_LED_BEACON), PL_STATUS_OK);
+  }
   for (int tick = 0; tick < 10; ++tick) {
     fireTimer();
-    EXPECT_EQ(registers(kTrays), tick % 2 == 1 ? "8b0f9f\n" : "8b0f8f\n") << tick;
-    EXPECT_EQ(registers(kSupplies), tick % 2 == 1 ? "3444\n" : "3440\n") << tick;
+    EXPECT_EQ(registers(kTrays), tick % 2 == 1 ? "8b0fff\n" : "8b0f0f\n") << tick;
+    EXPECT_EQ(registers(kSupplies), tick % 2 == 1 ? "3454\n" : "3400\n") << tick;
   }
 }
 

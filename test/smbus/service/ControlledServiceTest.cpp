@@ -141,12 +141,17 @@ TEST_F(ControlledServiceTest, HostileRequestsGetAnErrorEachAndDisturbNoBus) {
   EXPECT_EQ(read(), "");
 }
 
-TEST(ControlledService, WithoutAVirtualBoardThereIsNoControlSocketUnlessAskedFor) {
+TEST(ControlledService, AnswersAtThePathThatItsConfigurationNames) {
   ServiceProcess service;
-  const std::string path = service.socketPath() + ".asked";
+  const std::string path = service.path("asked.sock");
   service.writeConfiguration(R"({"control": {"path": ")" + path + R"("},
-    "buses": [{"master": "I2C", "bus": 5, "backend": {"linux": 1048575}}]})");
-  EXPECT_EQ(service.run("--check", service.configurationPath()), 0);
+    "virtual_board": "board.json",
+    "buses": [{"master": "I2C", "bus": 5, "backend": {"virtual": "b"}}]})");
+  service.start();
+  LineClient client(path);
+  client.say("{\"command\": \"faults\"}\n");
+  EXPECT_THAT(client.hear(), Optional(HasSubstr("\"ok\":true")));
+  EXPECT_FALSE(std::filesystem::exists(service.controlPath()));
 }
 
 }  // namespace

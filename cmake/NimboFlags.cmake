@@ -34,7 +34,8 @@ target_compile_options(nimbo_flags INTERFACE
 
 if(NIMBO_SANITIZE)
   add_compile_options(-fsanitize=${NIMBO_SANITIZE} -fno-omit-frame-pointer
-    -fno-sanitize-recover=all)
+    -fno-sanitize-recover=all
+    $<$<CXX_COMPILER_ID:Clang>:-fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/cmake/sanitizer-ignore.txt>)
   # g++ 12 takes the sanitizers' own code in the library's headers for reads of uninitialised
   # members.
   target_compile_options(nimbo_flags INTERFACE

@@ -15,6 +15,28 @@ namespace SmbusService::Recording {
 namespace {
 
 using rapidjson::Value;
+
+// The parser goes down with the text, so a line of brackets must not come to it. A record's
+// requests and clients are two levels below the line.
+constexpr unsigned kDeepest = 16;
+
+bool tooDeep(std::string_view line) {
+  unsigned depth = 0;
+  bool inText = false;
+  for (size_t i = 0; i < line.size() && depth <= kDeepest; ++i) {
+    const char c = line[i];
+    if (inText && c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      inText = !inText;
+    } else if (!inText && (c == '{' || c == '[')) {
+      ++depth;
+    } else if (!inText && (c == '}' || c == ']') && depth > 0) {
+      --depth;
+    }
+  }
+  return depth > kDeepest;
+}
 using std::chrono::nanoseconds;
 
 template <typename... Args>
@@ -241,9 +263,11 @@ Line readObject(const Fields& fields, const std::vector<BusKey>& buses) {
 }  // namespace
 
 Line readLine(std::string_view line, const std::vector<BusKey>& buses) {
+  if (tooDeep(line)) {
+    return Damage{0, "the line nests too deep for one of a recording"};
+  }
   rapidjson::Document document;
-  document.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(
-      line.data(), line.size());
+  document.Parse<rapidjson::kParseValidateEncodingFlag>(line.data(), line.size());
   if (document.HasParseError()) {
     return Damage{document.GetErrorOffset() + 1,
                   rapidjson::GetParseError_En(document.GetParseError())};

@@ -192,7 +192,12 @@ TEST(RecordingLine, SaysWhatIsWrongWithALine) {
 }
 
 TEST(RecordingLine, DeepNestingIsOnlyDamage) {
-  EXPECT_NE(damageOf(std::string(1'000'000, '[')), "none");
+  EXPECT_THAT(damageOf(std::string(1'000'000, '[')), HasSubstr("nests too deep"));
+}
+
+TEST(RecordingLine, BracketsInTextsAreNoNesting) {
+  const std::string reason = R"("failed":0,"reason":"\"[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[["})";
+  EXPECT_EQ(damageOf(lineWith(kGood, reason.substr(0, reason.size() - 1))), "none");
 }
 
 }  // namespace

@@ -29,8 +29,8 @@ constexpr std::array kSummary = {
 
 }  // namespace
 
-uint16_t PmbusStatus::word(bool on) const {
-  unsigned word = on ? 0 : kPowerBad | kOff;
+uint16_t PmbusStatus::word(bool on, bool good) const {
+  unsigned word = (on ? 0 : kOff) | (good ? 0 : kPowerBad);
   for (const Summary& summary : kSummary) {
     if ((get(summary.code) & summary.bits) != 0) word |= summary.word;
   }

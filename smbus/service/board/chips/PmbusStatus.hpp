@@ -13,6 +13,8 @@ namespace SmbusService::Board {
 
 class PmbusStatus {
  public:
+  // STATUS_VOUT
+  static constexpr uint8_t kUnderVoltageOutFault = 0x10;
   // STATUS_IOUT
   static constexpr uint8_t kOverCurrentFault = 0x80;
   static constexpr uint8_t kOverCurrentWarning = 0x20;
@@ -37,8 +39,9 @@ class PmbusStatus {
   void clear() { registers_ = {}; }
   [[nodiscard]] uint8_t get(PmbusCode code) const { return registers_[index(code)]; }
 
-  // STATUS_WORD of a supply whose outputs are on or off; its low byte is STATUS_BYTE.
-  [[nodiscard]] uint16_t word(bool on) const;
+  // STATUS_WORD of a supply whose outputs are on or off, and good or not; its low byte is
+  // STATUS_BYTE.
+  [[nodiscard]] uint16_t word(bool on, bool good) const;
 
  private:
   static constexpr size_t kFirst = static_cast<size_t>(PmbusCode::STATUS_VOUT);

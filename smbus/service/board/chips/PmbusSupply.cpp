@@ -37,6 +37,8 @@ PmbusSupply::PmbusSupply(uint8_t address, PmbusSettings settings, FanPlant plant
 
 bool PmbusSupply::on() const { return fed() && (operation_ & kOn) != 0; }
 
+uint16_t PmbusSupply::statusWord() const { return status_.word(on(), good()); }
+
 double PmbusSupply::dutyOf(size_t fan) const {
   const FanCommand& command = fanCommands_[fan];
   if (!fed()) return 0;
@@ -52,7 +54,7 @@ void PmbusSupply::driveFans() {
 }
 
 double PmbusSupply::amps(const PmbusOutput& output) const {
-  return on() ? output.maxAmps * plant_.load() : 0;
+  return good() ? output.maxAmps * plant_.load() : 0;
 }
 
 double PmbusSupply::powerOut() const {
@@ -68,7 +70,8 @@ const PmbusOutput& PmbusSupply::paged() const {
 // Takes into the status registers what is wrong at this moment.
 void PmbusSupply::look() {
   plant_.catchUp();
-  const double load = on() ? plant_.load() : 0;
+  const double load = good() ? plant_.load() : 0;
+  if (on() && !good()) status_.raise(STATUS_VOUT, PmbusStatus::kUnderVoltageOutFault);
   if (load > 1) status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentWarning);
   if (load > kFaultLoad) status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentFault);
   if (!fed()) status_.raise(STATUS_INPUT, kStarved);
@@ -88,9 +91,35 @@ void PmbusSupply::lookAtHeat() {
 }
 
 void PmbusSupply::settle() {
+  moveInOrOut();
   driveFans();
   look();
-  powerGood_.drive(on() && present_.level());
+  if (inBay_) powerGood_.drive(good());
+}
+
+// Supplies that fit into one bay share its lines: one that is pulled leaves them to the next. One
+// that is plugged in begins anew.
+void PmbusSupply::moveInOrOut() {
+  if (inBay_ == present_.level()) return;
+  inBay_ = !inBay_;
+  if (!inBay_) powerGood_.release();
+  page_ = 0;
+  operation_ = kOn;
+  fanCommands_ = {};
+  status_.clear();
+}
+
+Quantity PmbusSupply::quantity(std::string name, std::string unit, double most, double& value) {
+  return {.name = std::move(name),
+          .unit = std::move(unit),
+          .least = 0,
+          .most = most,
+          .get = [&value] { return value; },
+          .set =
+              [this, &value](double given) {
+                value = given;
+                settle();
+              }};
 }
 
 bool PmbusSupply::connect(std::string_view pin, Net& net, bool inverted) {
@@ -103,21 +132,14 @@ bool PmbusSupply::connect(std::string_view pin, Net& net, bool inverted) {
   const auto* const found = std::ranges::find(pins, pin, &Row::name);
   if (found == pins.end() || found->pin->connected()) return false;
   found->pin->connect(net, inverted);
+  inBay_ = present_.level();
   return true;
 }
 
 std::vector<Quantity> PmbusSupply::quantities() {
   std::vector<Quantity> all = plant_.quantities();
-  all.push_back({.name = "vin",
-                 .unit = "V",
-                 .least = 0,
-                 .most = kMostVin,
-                 .get = [this] { return settings_.vin; },
-                 .set =
-                     [this](double volts) {
-                       settings_.vin = volts;
-                       settle();
-                     }});
+  all.push_back(quantity("vin", "V", kMostVin, settings_.vin));
+  all.push_back(quantity("failed", "", 1, failed_));
   return all;
 }
 
@@ -200,7 +222,7 @@ uint8_t PmbusSupply::byte(uint8_t code) const {
     case FAN_CONFIG_1_2:
       return settings_.fanConfig;
     case STATUS_BYTE:
-      return static_cast<uint8_t>(status_.word(on()));
+      return static_cast<uint8_t>(statusWord());
     case PMBUS_REVISION:
       return kRevision;
     default:
@@ -218,7 +240,7 @@ double PmbusSupply::reading(uint8_t code) const {
     case READ_IIN:
       return vin > 0 ? powerIn() / vin : 0;
     case READ_VOUT:
-      return on() ? paged().volts : 0;
+      return good() ? paged().volts : 0;
     case READ_IOUT:
       return amps(paged());
     case READ_TEMPERATURE_1:
@@ -239,7 +261,7 @@ double PmbusSupply::reading(uint8_t code) const {
 uint16_t PmbusSupply::word(uint8_t code) const {
   switch (PmbusCode{code}) {
     case STATUS_WORD:
-      return status_.word(on());
+      return statusWord();
     case FAN_COMMAND_1:
       return fanCommands_[0].word;
     case FAN_COMMAND_2:

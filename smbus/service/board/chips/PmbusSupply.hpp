@@ -23,8 +23,9 @@
 //
 // Settings: those of FanPlant (at most two fans) and of PmbusSettings.
 // Pins: "ac" in: the input is fed; "present" in: low, the supply is pulled and does not answer;
-//   "power_good" out.
-// Quantities: those of FanPlant, where "load" is the part of its outputs' current; "vin".
+//   "power_good" out, left alone by a supply that is pulled.
+// Quantities: those of FanPlant, where "load" is the part of its outputs' current; "vin"; "failed":
+//   1, the outputs give nothing though they are on.
 #pragma once
 
 #include <array>
@@ -66,6 +67,9 @@ class PmbusSupply : public CommandChip {
 
   [[nodiscard]] bool fed() const { return ac_.level() && settings_.vin > 0; }
   [[nodiscard]] bool on() const;
+  [[nodiscard]] bool good() const { return on() && failed_ == 0; }
+  void moveInOrOut();
+  [[nodiscard]] Quantity quantity(std::string name, std::string unit, double most, double& value);
   [[nodiscard]] double dutyOf(size_t fan) const;
   void driveFans();
   void look();
@@ -80,12 +84,15 @@ class PmbusSupply : public CommandChip {
   [[nodiscard]] double reading(uint8_t command) const;
   [[nodiscard]] uint8_t byte(uint8_t command) const;
   [[nodiscard]] uint16_t word(uint8_t command) const;
+  [[nodiscard]] uint16_t statusWord() const;
 
   PmbusSettings settings_;
   FanPlant plant_;
   Pin ac_;
   Pin present_;
   Pin powerGood_;
+  bool inBay_ = true;
+  double failed_ = 0;  // 1 or 0
 
   uint8_t page_ = 0;
   uint8_t operation_;

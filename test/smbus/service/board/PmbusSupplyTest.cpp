@@ -129,6 +129,17 @@ TEST_F(PmbusSupplyTest, OperationSwitchesTheOutputs) {
   EXPECT_EQ(board->get("good"), 1);
 }
 
+TEST_F(PmbusSupplyTest, AFailedSupplyIsOnAndNotGood) {
+  EXPECT_EQ(board->set("psu:failed", 1), 0);
+  EXPECT_EQ(word(0x79), 0x8800u);
+  EXPECT_EQ(byte(0x7A), 0x10u);
+  EXPECT_EQ(word(0x8B), 0u);
+  EXPECT_EQ(board->get("good"), 0);
+  EXPECT_EQ(board->set("psu:failed", 0), 0);
+  EXPECT_EQ(word(0x79), 0x8000u) << "good again, and still telling of it";
+  EXPECT_EQ(board->get("good"), 1);
+}
+
 TEST_F(PmbusSupplyTest, AnOverloadWarnsThenFaults) {
   EXPECT_EQ(board->set("psu:load", 1.1), 0);
   EXPECT_EQ(byte(0x7B), 0x20u);
@@ -227,6 +238,35 @@ TEST_F(PmbusSupplyTest, APulledSupplyDoesNotAnswer) {
   EXPECT_EQ(board->set("there", 0), 0);
   EXPECT_EQ(read(kSupply, 0x79), ENXIO);
   EXPECT_EQ(board->get("good"), 0);
+}
+
+TEST_F(PmbusSupplyTest, ASupplyThatIsPluggedInBeginsAnew) {
+  writeWord(0x3B, 80);
+  EXPECT_EQ(write(kSupply, 0x01, {0x00}), 0);
+  EXPECT_EQ(write(kSupply, 0x00, {1}), 0);
+  EXPECT_EQ(board->set("there", 0), 0);
+  EXPECT_EQ(board->set("there", 1), 0);
+  EXPECT_EQ(byte(0x00), 0u);
+  EXPECT_EQ(byte(0x01), 0x80u);
+  EXPECT_EQ(word(0x3B), 0u);
+  EXPECT_EQ(word(0x79), 0u);
+}
+
+TEST_F(PmbusSupplyTest, SuppliesOfOneBayTakeTurnsAtItsLine) {
+  load(R"({'nets': {
+      'is a': {'level': false, 'pins': ['a:present']},
+      'is b': {'level': false, 'pins': ['b:present']},
+      'good': {'level': false, 'pins': ['a:power_good', 'b:power_good']}},
+    'buses': [{'name': 'main', 'chips': [
+      {'label': 'a', 'model': 'pmbus', 'address': '0x58', 'outputs': [{}], 'fans': []},
+      {'label': 'b', 'model': 'pmbus', 'address': '0x59', 'outputs': [{}], 'fans': []}]}]})");
+  EXPECT_EQ(board->get("good"), 0);
+  for (const char* there : {"is a", "is b", "is a"}) {
+    EXPECT_EQ(board->set(there, 1), 0);
+    EXPECT_EQ(board->get("good"), 1) << there;
+    EXPECT_EQ(board->set(there, 0), 0);
+    EXPECT_EQ(board->get("good"), 0) << there;
+  }
 }
 
 TEST(PmbusLinearTest, EncodesWithTheSmallestExponentThatFits) {

@@ -9,6 +9,7 @@
 #include <rapidjson/document.h>
 
 #include "config/JsonFile.hpp"
+#include "tools/TopologyIndex.hpp"
 
 namespace Nimbo {
 
@@ -21,8 +22,10 @@ struct ArgumentsOf {
   const rapidjson::Value* shared;  // the device's "driverArgs", may be null
 };
 
-// Throws Config::FileError for a driver without logical devices of this kind, and for an argument
-// that is missing, unknown to the driver or not in its range.
-void checkArguments(const Config::JsonFile& file, const ArgumentsOf& arguments);
+// Throws Config::FileError for a driver without logical devices of this kind, for an argument that
+// is missing, unknown to the driver or not in its range, and for a device that the driver would
+// look for in vain.
+void checkArguments(const Config::JsonFile& file, const TopologyIndex& devices,
+                    const ArgumentsOf& arguments);
 
 }  // namespace Nimbo

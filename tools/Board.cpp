@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/Board.hpp"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -17,6 +18,10 @@ namespace {
 using Config::member;
 using rapidjson::Document;
 using rapidjson::Value;
+
+constexpr const char* kSlotList = "slots";
+constexpr const char* kSupplyList = "psus";
+constexpr const char* kContainer = "MultiSlot";
 
 // The keys of the file that hold no list of entries.
 bool isList(const Value& value, const std::string& key) {
@@ -78,18 +83,34 @@ std::vector<Entry> Board::entries(const std::string& kind) const {
   return entries;
 }
 
-std::string Board::description(const Entry& entry, const Value* further) const {
+Document Board::describe(const TopologyDevice& device, const Value* args) const {
   Document document;
-  document.CopyFrom(*entry.device->node, document.GetAllocator());
   auto& allocator = document.GetAllocator();
+  document.CopyFrom(*device.node, allocator);
   document.RemoveMember("label");
   document.RemoveMember("components");
-  document.AddMember("name", Value(entry.device->label(), allocator), allocator);
+  document.AddMember("name", Value(device.label(), allocator), allocator);
   if (!document.HasMember("driverArgs")) {
     document.AddMember("driverArgs", Value(rapidjson::kObjectType), allocator);
   }
-  setAll(document, document["driverArgs"], member(entry.node, "args"));
+  setAll(document, document["driverArgs"], args);
+  return document;
+}
+
+std::string Board::description(const Entry& entry, const Value* further) const {
+  Document document = describe(*entry.device, member(entry.node, "args"));
+  auto& allocator = document.GetAllocator();
   setAll(document, document["driverArgs"], further);
+  if (const Value* const modules = member(entry.node, "modules")) {
+    Value texts(rapidjson::kObjectType);
+    for (const auto& module : modules->GetObject()) {
+      const std::string text = Config::jsonText(describe(
+          *devices_->find(module.value["device"].GetString()), member(&module.value, "args")));
+      texts.AddMember(Value(module.name, allocator), Value(text.c_str(), allocator), allocator);
+    }
+    document.AddMember("isMultiDevice", true, allocator);
+    document.AddMember("multiDeviceArgs", texts, allocator);
+  }
   return Config::jsonText(document);
 }
 
@@ -107,15 +128,72 @@ void Board::check() const {
                     fmt::format("the name \"{}\" is taken already, at {}", entry.name,
                                 file_->placeOf(first->second).text()));
       }
-      if (entry.device == nullptr) {
-        file_->fail(entry.pointer + "/device",
-                    fmt::format("no device of the topology has the label \"{}\"; the labels are {}",
-                                (*entry.node)["device"].GetString(), devices_->labels()));
-      }
-      checkArguments(*file_,
-                     {entry.device->driver(), kind, entry.pointer, member(entry.node, "args"),
-                      member(entry.device->node, "driverArgs")});
+      check(entry, kind);
     }
+  }
+}
+
+void Board::check(const Entry& entry, const std::string& kind) const {
+  checkPart(kind, entry.pointer, *entry.node);
+  if (kind == kSlotList) {
+    checkModules(entry);
+  } else if (kind == kSupplyList) {
+    checkSupply(entry);
+  }
+}
+
+const TopologyDevice* Board::deviceOf(const Value& node, const std::string& pointer) const {
+  const char* const label = node["device"].GetString();
+  const TopologyDevice* const device = devices_->find(label);
+  if (device == nullptr) {
+    file_->fail(pointer + "/device",
+                fmt::format("no device of the topology has the label \"{}\"; the labels are {}",
+                            label, devices_->labels()));
+  }
+  return device;
+}
+
+void Board::checkPart(const std::string& kind, const std::string& pointer,
+                      const Value& node) const {
+  const TopologyDevice* const device = deviceOf(node, pointer);
+  checkArguments(
+      *file_, *devices_,
+      {device->driver(), kind, pointer, member(&node, "args"), member(device->node, "driverArgs")});
+}
+
+// A container has modules, and no other device has.
+void Board::checkModules(const Entry& entry) const {
+  const bool isContainer = std::string(entry.device->driver()) == kContainer;
+  const Value* const modules = member(entry.node, "modules");
+  if (isContainer != (modules != nullptr)) {
+    file_->fail(entry.pointer,
+                isContainer
+                    ? fmt::format("the key \"modules\" is missing; the driver {} expects the kinds "
+                                  "of module that fit into the slot",
+                                  kContainer)
+                    : fmt::format("the driver {} takes no \"modules\"; {} does",
+                                  entry.device->driver(), kContainer));
+  }
+  if (modules != nullptr) {
+    for (const auto& module : modules->GetObject()) {
+      checkPart(kSlotList, Config::pointerTo(entry.pointer + "/modules", module.name.GetString()),
+                module.value);
+    }
+  }
+}
+
+void Board::checkSupply(const Entry& entry) const {
+  const Value* const slot = member(entry.node, "slot");
+  const auto slots = entries(kSlotList);
+  if (slot != nullptr && std::ranges::find(slots, slot->GetString(), &Entry::name) == slots.end()) {
+    file_->fail(entry.pointer + "/slot",
+                fmt::format("no slot has the name \"{}\"", slot->GetString()));
+  }
+  const Value* const fans = member(entry.node, "fans");
+  for (rapidjson::SizeType i = 0; fans != nullptr && i < fans->Size(); ++i) {
+    checkArguments(*file_, *devices_,
+                   {entry.device->driver(), "fans", fmt::format("{}/fans/{}", entry.pointer, i),
+                    member(&(*fans)[i], "args"), member(entry.device->node, "driverArgs")});
   }
 }
 

@@ -48,7 +48,8 @@ class Board {
 
   // What pl_X_add takes: the topology's device with the entry's arguments merged over its own, and
   // the device's label as the name of its simulation file, which all entries of a device share.
-  // Members of `further` win over both.
+  // Members of `further` win over both. A slot with "modules" becomes a container of their
+  // descriptions.
   std::string description(const Entry& entry, const rapidjson::Value* further = nullptr) const;
 
   Config::Place place(const Entry& entry) const { return file_->placeOf(entry.pointer); }
@@ -56,6 +57,13 @@ class Board {
  private:
   explicit Board(Config::JsonFile file);
   void check() const;
+  void check(const Entry& entry, const std::string& kind) const;
+  void checkPart(const std::string& kind, const std::string& pointer,
+                 const rapidjson::Value& node) const;
+  void checkModules(const Entry& entry) const;
+  void checkSupply(const Entry& entry) const;
+  const TopologyDevice* deviceOf(const rapidjson::Value& node, const std::string& pointer) const;
+  rapidjson::Document describe(const TopologyDevice& device, const rapidjson::Value* args) const;
 
   // On the heap: entries and devices point into them while a board may move.
   std::unique_ptr<const Config::JsonFile> file_;

@@ -9,7 +9,7 @@ namespace Nimbo {
 
 namespace {
 
-constexpr std::array kAll = {&kFans, &kTempSensors, &kSlots, &kLeds, &kXcvrs, &kGpios};
+constexpr std::array kAll = {&kFans, &kPsus, &kTempSensors, &kSlots, &kLeds, &kXcvrs, &kGpios};
 
 }  // namespace
 

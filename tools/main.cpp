@@ -63,6 +63,7 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addGpioCommand(app, options, run);
   Nimbo::addSmbusCommand(app, options, run);
   Nimbo::addRecordCommand(app, options, run);
+  Nimbo::addPmbusCommand(app, options, run);
   Nimbo::addTraceCommand(app, options, run);
   Nimbo::addBoardCommand(app, options, run);
 }

@@ -64,8 +64,7 @@ BoardFile::BoardFile(const std::string& path) {
 
 std::string BoardFile::topology() const { return textOf(board_["topology"]); }
 
-std::string BoardFile::description(const char* list, const std::string& name) const {
-  const Value& entry = require(find(board_[list], "name", name), name);
+rapidjson::Document BoardFile::describe(const Value& entry) const {
   const std::string label = entry["device"].GetString();
   rapidjson::Document device;
   auto& allocator = device.GetAllocator();
@@ -73,12 +72,30 @@ std::string BoardFile::description(const char* list, const std::string& name) co
   if (!device.HasMember("driverArgs")) {
     device.AddMember("driverArgs", Value(rapidjson::kObjectType), allocator);
   }
-  for (const auto& argument : entry["args"].GetObject()) {
-    device["driverArgs"].RemoveMember(argument.name);
-    device["driverArgs"].AddMember(Value(argument.name, allocator),
-                                   Value(argument.value, allocator), allocator);
+  if (entry.HasMember("args")) {
+    for (const auto& argument : entry["args"].GetObject()) {
+      device["driverArgs"].RemoveMember(argument.name);
+      device["driverArgs"].AddMember(Value(argument.name, allocator),
+                                     Value(argument.value, allocator), allocator);
+    }
   }
   device.AddMember("name", Value(label.c_str(), allocator), allocator);
+  return device;
+}
+
+std::string BoardFile::description(const char* list, const std::string& name) const {
+  const Value& entry = require(find(board_[list], "name", name), name);
+  rapidjson::Document device = describe(entry);
+  if (entry.HasMember("modules")) {
+    auto& allocator = device.GetAllocator();
+    Value texts(rapidjson::kObjectType);
+    for (const auto& module : entry["modules"].GetObject()) {
+      texts.AddMember(Value(module.name, allocator),
+                      Value(textOf(describe(module.value)).c_str(), allocator), allocator);
+    }
+    device.AddMember("isMultiDevice", true, allocator);
+    device.AddMember("multiDeviceArgs", texts, allocator);
+  }
   return textOf(device);
 }
 

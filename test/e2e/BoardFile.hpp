@@ -19,10 +19,12 @@ class BoardFile {
   [[nodiscard]] std::string topology() const;
 
   // The text to add entry `name` of a list ("fans") with: its device with the entry's arguments
-  // merged over the device's own. The board must have both.
+  // merged over the device's own, and those of its modules if it has any. The board must have both.
   [[nodiscard]] std::string description(const char* list, const std::string& name) const;
 
  private:
+  [[nodiscard]] rapidjson::Document describe(const rapidjson::Value& entry) const;
+
   rapidjson::Document board_;
 };
 

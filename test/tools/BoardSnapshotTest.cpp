@@ -119,7 +119,9 @@ constexpr const char* kTopology = R"([
         {"did": 4, "label": "Words", "driver": "HalvYCPLD", "address": {"address": 81}}]}]}]
   }]}]},
   {"type": "I2C", "ham": "NimboSmbus", "id": 9, "devices": [
-    {"did": 5, "label": "Refused", "driver": "Dummy", "address": {"address": 82}}]}])";
+    {"did": 5, "label": "Refused", "driver": "Dummy", "address": {"address": 82}},
+    {"did": 6, "label": "Again", "driver": "PsuSlot", "address": {"address": 82}},
+    {"did": 7, "label": "Bay", "driver": "MultiSlot", "address": {"address": 0}}]}])";
 
 class BoardSnapshotTest : public testing::Test {
  protected:
@@ -171,11 +173,14 @@ TEST_F(BoardSnapshotTest, SaysWhatBecameOfEachDevice) {
   for (const SnapshotOutcome& outcome : snapshot_.outcomes()) {
     remarks[outcome.label] = outcome.remark;
   }
-  EXPECT_EQ(remarks, (std::map<std::string, std::string>{{"Pins", ""},
-                                                         {"Mux", ""},
-                                                         {"Absent", "no answer"},
-                                                         {"Words", ""},
-                                                         {"Refused", "refused by the library"}}));
+  EXPECT_EQ(remarks,
+            (std::map<std::string, std::string>{{"Pins", ""},
+                                                {"Mux", ""},
+                                                {"Absent", "no answer"},
+                                                {"Words", ""},
+                                                {"Refused", "refused by the library"},
+                                                {"Again", "left out: it is the chip of Refused"},
+                                                {"Bay", "left out: it has no chip"}}));
 }
 
 }  // namespace

@@ -52,7 +52,8 @@ TEST(Board, InstalledBoardIsSound) {
   EXPECT_EQ(halvorsa.entries("fans").size(), 4U);
   EXPECT_EQ(halvorsa.entries("temp_sensors").size(), 6U);
   EXPECT_EQ(halvorsa.entries("xcvrs").size(), 62U);
-  EXPECT_EQ(halvorsa.entries("slots").size(), 4U);
+  EXPECT_EQ(halvorsa.entries("slots").size(), 6U);
+  EXPECT_EQ(halvorsa.entries("psus").size(), 6U);
   EXPECT_EQ(halvorsa.entries("leds").size(), 7U);
 }
 
@@ -268,6 +269,122 @@ TEST(Board, LampIsALineOfItsLedsDevice) {
   EXPECT_EQ(text["driverArgs"]["bank-io-1"].GetInt(), 15);
   EXPECT_EQ(text["driverArgs"]["register"].GetInt(), 3);
   EXPECT_EQ(text["driverArgs"]["bitpos"].GetInt(), 4);
+}
+
+// A bay for two kinds of supply, and what it stands on.
+constexpr const char* kPower = R"([
+  {"did": 1, "label": "PsuPCA", "driver": "HalvPsuPCA9555", "address": {"address": 33}},
+  {"did": 2, "label": "Supply", "driver": "Pmbus", "address": {"address": 88}},
+  {"did": 3, "label": "Emerson", "driver": "EmersonPmbus", "address": {"address": 89},
+   "driverArgs": {"psuId": 1}},
+  {"did": 4, "label": "Fru", "driver": "PsuSlot", "address": {"address": 81}},
+  {"did": 5, "label": "Bay", "driver": "MultiSlot", "address": {"address": 0}}])";
+
+std::string bay(const std::string& args, const std::string& more = "") {
+  return board(kPower, R"(, "slots": [{"name": "psu1", "device": "Bay", "args": {"id": 1},
+      "modules": {"fru": {"device": "Fru", "args": )" +
+                           args + "}}}]" + more);
+}
+
+TEST(Board, SlotWithModulesIsAContainerOfTheirDescriptions) {
+  const Board parsed = Board::parse("f", bay(R"({"psuId": 2})"));
+  rapidjson::Document text;
+  text.Parse(parsed.description(parsed.entries("slots").at(0)).c_str());
+  EXPECT_TRUE(text["isMultiDevice"].GetBool());
+  EXPECT_EQ(text["did"].GetInt(), 5);
+  rapidjson::Document module;
+  module.Parse(text["multiDeviceArgs"]["fru"].GetString());
+  ASSERT_TRUE(module.IsObject());
+  EXPECT_EQ(module["did"].GetInt(), 4);
+  EXPECT_STREQ(module["name"].GetString(), "Fru");
+  EXPECT_EQ(module["driverArgs"]["psuId"].GetInt(), 2);
+}
+
+TEST(Board, ModulesArgumentsAreCheckedAtTheirPlace) {
+  EXPECT_EQ(fault(bay(R"({"psuId": 3})")).substr(0, 7), "f:8:62:");
+  EXPECT_EQ(message(bay(R"({"psuId": 3})")), "the argument \"psuId\" must be a number from 1 to 2");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "identificationType": "FRU"})")),
+            "the argument \"identificationType\" must be one of the words pmbus ipmi ipmitool "
+            "ipmitool_raw wedge tlv");
+}
+
+TEST(Board, ArgumentsOfAWayToIdentifyAreRequiredWithItOnly) {
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "identificationType": "tlv"})")), "none");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "identificationType": "ipmi"})")),
+            "the argument \"ipmiId\" is missing in \"args\"; the driver PsuSlot expects a value");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "identificationType": "ipmi", "ipmiId": 4})")), "none");
+}
+
+TEST(Board, RegisterOfALineGoesWithItsBit) {
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "presenceReg": 0})")),
+            "the argument \"presenceBit\" is missing in \"args\"; the driver PsuSlot expects a "
+            "number from 0 to 7");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "gpioDevice": "PCA"})")),
+            "the argument \"gpioDevice\" must be the label of a device of the topology");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "gpioDevice": "PsuPCA"})")), "none");
+}
+
+TEST(Board, ModelGoesWithItsTemplate) {
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "model_1": "A", "psuFdl_1": "a"})")), "none");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "model_1": "A", "psuFdl_2": "a"})")),
+            "the argument \"model_1\" goes with \"psuFdl_1\", which is missing");
+  EXPECT_EQ(message(bay(R"({"psuId": 1, "model_1": 1, "psuFdl_1": "a"})")),
+            "the argument \"model_1\" must be a text");
+  EXPECT_THAT(message(bay(R"({"psuId": 1, "modle_1": "A"})")),
+              testing::StartsWith("unknown argument \"modle_1\"; the driver PsuSlot takes "));
+}
+
+TEST(Board, ContainerHasModulesAndNoOtherSlotHas) {
+  EXPECT_THAT(message(board(kPower, R"(, "slots": [{"name": "psu1", "device": "Bay",
+                "args": {"id": 1}}])")),
+              testing::StartsWith("the key \"modules\" is missing; the driver MultiSlot expects"));
+  EXPECT_EQ(message(board(kPower, R"(, "slots": [{"name": "psu1", "device": "Fru",
+              "args": {"psuId": 1}, "modules": {"a": {"device": "Fru"}}}])")),
+            "the driver PsuSlot takes no \"modules\"; MultiSlot does");
+  EXPECT_EQ(message(board(kPower, R"(, "slots": [{"name": "psu1", "device": "Bay",
+              "args": {"id": 1}, "modules": {"a": {"device": "Frü"}}}])")),
+            "no device of the topology has the label \"Frü\"; the labels are Bay, Emerson, Fru, "
+            "PsuPCA, Supply");
+}
+
+TEST(Board, SupplyNamesItsSlotAndItsModels) {
+  const auto supply = [](const std::string& members) {
+    return message(bay(R"({"psuId": 1})",
+                       R"(, "psus": [{"name": "psu1", "device": "Supply")" + members + "}]"));
+  };
+  EXPECT_EQ(supply(""), "none");
+  EXPECT_EQ(supply(R"(, "slot": "psu1", "models": ["A"])"), "none");
+  EXPECT_EQ(supply(R"(, "slot": "psu3", "models": ["A"])"), "no slot has the name \"psu3\"");
+  EXPECT_NE(supply(R"(, "slot": "psu1")"), "none");
+  EXPECT_NE(supply(R"(, "models": ["A"])"), "none");
+  EXPECT_NE(supply(R"(, "slot": "psu1", "models": [])"), "none");
+}
+
+TEST(Board, FansOfASupplyAreItsDriversFans) {
+  const auto fan = [](const char* args) {
+    return message(board(kPower, std::string(R"(, "psus": [{"name": "psu1", "device": "Supply",
+              "fans": [{"args": )") + args +
+                                     "}]}]"));
+  };
+  EXPECT_EQ(fan(R"({"fanId": 2, "maxFanRpm": 20000})"), "none");
+  EXPECT_EQ(fan(R"({"fanId": 3, "maxFanRpm": 20000})"),
+            "the argument \"fanId\" must be a number from 1 to 2");
+  EXPECT_EQ(fan(R"({"fanId": 1, "maxFanRpm": 0})").substr(0, 33),
+            "the argument \"maxFanRpm\" must be ");
+}
+
+TEST(Board, EmersonSupplyNeedsItsExpander) {
+  const char* const psus = R"(, "psus": [{"name": "psu1", "device": "E"}])";
+  EXPECT_EQ(message(board(kPower, R"(, "psus": [{"name": "psu1", "device": "Emerson"}])")), "none");
+  EXPECT_EQ(message(board(R"([{"did": 3, "label": "E", "driver": "EmersonPmbus",
+              "address": {"address": 89}, "driverArgs": {"psuId": 1}}])",
+                          psus)),
+            "the driver EmersonPmbus needs a device with the label \"PsuPCA\" and the driver "
+            "HalvPsuPCA9555");
+  EXPECT_EQ(message(board(R"([{"did": 3, "label": "E", "driver": "EmersonPmbus",
+              "address": {"address": 89}, "driverArgs": {"psuId": 3}}])",
+                          psus)),
+            "the argument \"psuId\" must be a number from 1 to 2");
 }
 
 TEST(Board, MuxWithoutChipIsRefused) {

@@ -25,6 +25,7 @@ void addXcvrCommand(CLI::App& app, const Options& options, Run& run);
 void addGpioCommand(CLI::App& app, const Options& options, Run& run);
 void addSmbusCommand(CLI::App& app, const Options& options, Run& run);
 void addRecordCommand(CLI::App& app, const Options& options, Run& run);
+void addPmbusCommand(CLI::App& app, const Options& options, Run& run);
 void addTraceCommand(CLI::App& app, const Options& options, Run& run);
 void addBoardCommand(CLI::App& app, const Options& options, Run& run);
 

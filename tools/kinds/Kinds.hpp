@@ -10,6 +10,7 @@ namespace Nimbo {
 extern const Kind kFans;
 extern const Kind kGpios;
 extern const Kind kLeds;
+extern const Kind kPsus;
 extern const Kind kSlots;
 extern const Kind kSmbus;
 extern const Kind kTempSensors;

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "pl/pl_slot.h"
-
-#include <cstdlib>
-#include <memory>
-
+#include "tools/kinds/Bay.hpp"
 #include "tools/kinds/Kinds.hpp"
 
 namespace Nimbo {
@@ -11,17 +7,30 @@ namespace Nimbo {
 namespace {
 
 Record add(const Library& library, const Board& board, const Entry& entry) {
-  return library.function<decltype(pl_slot_add)>("pl_slot_add")(board.description(entry).c_str());
+  return Bay::of(library, board, entry);
 }
+
+Bay& bay(Record record) { return *static_cast<Bay*>(record); }
+
+// The first column asks the slot, so that all of them are of one look.
+Reading model(Record record, const Entry&) {
+  const pl_status status = bay(record).look();
+  return {status, bay(record).word("model")};
+}
+
+Reading serial(Record record, const Entry&) { return {PL_STATUS_OK, bay(record).word("serial")}; }
+
+Reading airflow(Record record, const Entry&) { return {PL_STATUS_OK, bay(record).word("airflow")}; }
 
 Reading descriptor(Record record, const Entry&) {
-  char* given = nullptr;
-  const pl_status status = call(static_cast<pl_slot*>(record), &pl_slot_ops::get_presence, &given);
-  const std::unique_ptr<char, decltype(&std::free)> text(given, &std::free);
-  return {status, text == nullptr ? Value{} : Value{std::string(text.get())}};
+  const std::string& text = bay(record).text();
+  return {PL_STATUS_OK, text.empty() ? Value{} : Value{text}};
 }
 
-constexpr Column kColumns[] = {{"descriptor", "DESCRIPTOR", "", 0, descriptor}};
+constexpr Column kColumns[] = {{"model", "MODEL", "", 0, model},
+                               {"serial", "SERIAL", "", 0, serial},
+                               {"airflow", "AIRFLOW", "", 0, airflow},
+                               {"descriptor", "DESCRIPTOR", "", 0, descriptor}};
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
+#include <map>
 
 #include <fmt/format.h>
 
@@ -15,7 +16,8 @@ namespace {
 
 using rapidjson::Value;
 
-constexpr size_t kMostInARow = 16;  // registers, for the reader's sake
+constexpr uint32_t kLeastAddress = 0x08;  // the ones below are no device's (SMBus 3.0 appendix C)
+constexpr size_t kMostInARow = 16;        // registers, for the reader's sake
 
 std::string lower(std::string text) {
   std::ranges::transform(text, text.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -79,9 +81,17 @@ void BoardSnapshot::takeBus(const std::string& name, const Value& bus) {
 void BoardSnapshot::takeChips(const Value& segment) {
   writer_.Key("chips");
   writer_.StartArray();
+  std::map<uint32_t, std::string> chips;  // who is at an address
   forEach(segment, "devices", [&](const Value& device) {
+    const uint32_t address = addressOf(device);
+    const auto [first, isNew] = chips.emplace(address, device["label"].GetString());
     if (const Value* mux = muxOf(segment, device)) {
       takeMux(device, *mux);
+    } else if (address < kLeastAddress) {
+      outcomes_.push_back({device["label"].GetString(), 0, "left out: it has no chip"});
+    } else if (!isNew) {
+      outcomes_.push_back(
+          {device["label"].GetString(), 0, "left out: it is the chip of " + first->second});
     } else {
       takeDevice(device);
     }

@@ -29,13 +29,12 @@ constexpr std::array kDrivers{
     DriverRow{"Pmbus", Registers::kPmbus},
 };
 
-Registers registersOf(const Value& device) {
-  const auto* const row = std::ranges::find(
-      kDrivers, std::string_view(device["driver"].GetString()), &DriverRow::driver);
+}  // namespace
+
+Registers registersOf(std::string_view driver) {
+  const auto* const row = std::ranges::find(kDrivers, driver, &DriverRow::driver);
   return row == kDrivers.end() ? Registers::kPlain : row->registers;
 }
-
-}  // namespace
 
 DeviceMap::DeviceMap(const Value& topology) {
   for (const Value& controller : topology.GetArray()) {
@@ -72,7 +71,7 @@ void DeviceMap::addController(const Value& controller) {
 void DeviceMap::addBus(const Value& bus, const Numbers& numbers) {
   forEach(bus, "devices", [&](const Value& device) {
     devices_.insert({{numbers.bus, numbers.path, addressOf(device)},
-                     {device["label"].GetString(), registersOf(device)}});
+                     {device["label"].GetString(), registersOf(device["driver"].GetString())}});
   });
   forEach(bus, "muxes", [&](const Value& mux) { addMux(bus, mux, numbers); });
 }

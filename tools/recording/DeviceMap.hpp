@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <rapidjson/document.h>
 
@@ -16,6 +17,9 @@ namespace Nimbo {
 
 // What is known of the registers of a device.
 enum class Registers { kPlain, kPmbus, kPca9555, kPca9698 };
+
+// Of the devices that a driver is for.
+Registers registersOf(std::string_view driver);
 
 struct Location {
   SmbusService::BusKey bus;

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Power supplies and their bays: the installed board in simulation, and live with supplies that are
+// pulled, exchanged and cut off.
+#include <chrono>
+#include <fstream>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "test/tools/LiveService.hpp"
+#include "test/tools/NimboFixture.hpp"
+
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+using TestSupport::LiveService;
+using TestSupport::parsed;
+using TestSupport::Process;
+using TestSupport::Result;
+using JsonValue = rapidjson::Value;
+
+// The entry of a list with this name.
+const JsonValue& entry(const rapidjson::Document& report, const char* list, const char* name) {
+  for (const JsonValue& each : report[list].GetArray()) {
+    if (each["name"] == name) {
+      return each;
+    }
+  }
+  throw std::invalid_argument(name);
+}
+
+std::string text(const JsonValue& value) { return value.IsString() ? value.GetString() : "none"; }
+
+class NimboPsu : public TestSupport::NimboFixture {
+ protected:
+  // Lines of a watch are read until the slot's model is this one.
+  static void expectModel(Process& watch, const char* slot, const std::string& model) {
+    std::string line;
+    do {
+      ASSERT_TRUE(watch.readLine(line)) << model;
+    } while (text(entry(parsed(line), "slots", slot)["model"]) != model);
+  }
+
+  std::vector<std::string> watch(std::vector<std::string> mode) const {
+    mode.insert(mode.end(), {"--json", "watch", "slots", "--interval", "0.05"});
+    return command(mode);
+  }
+};
+
+class LivePsu : public NimboPsu {
+ protected:
+  // The control socket is there a little later than the service's own.
+  void SetUp() override {
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{30};
+    while (nimbo({"board", "faults"}).code != 0) {
+      ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
+    }
+  }
+
+  Result live(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "--live");
+    return nimbo(arguments);
+  }
+  void happen(const std::string& event) const {
+    const Result result = nimbo({"board", "event", event});
+    EXPECT_EQ(result.code, 0) << result.err;
+  }
+  rapidjson::Document shown(int code = 0) const {
+    const Result result = live({"show", "psus", "slots", "--json"});
+    EXPECT_EQ(result.code, code) << result.err;
+    return parsed(result.out);
+  }
+
+  LiveService service_{socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION}};
+};
+
+TEST_F(NimboPsu, SimulatedBaysHoldTheSupplyOfTheirSimulatedMemory) {
+  const rapidjson::Document report = parsed(nimbo({"show", "psus", "slots", "--json"}).out);
+  for (const char* bay : {"psu1", "psu2"}) {
+    EXPECT_STREQ(entry(report, "slots", bay)["descriptor"].GetString(),
+                 "model=DPS550AB6A serial=SIM0000001 airflow=backToFrontAirflow");
+  }
+  EXPECT_STREQ(entry(report, "psus", "psu1-emerson")["status"].GetString(), "EMPTY");
+  EXPECT_TRUE(entry(report, "psus", "psu1-emerson")["input_volts"].IsNull());
+  const JsonValue& supply = entry(report, "psus", "psu1-dps");
+  EXPECT_STREQ(supply["power"].GetString(), "off");
+  EXPECT_EQ(supply["input_watts"].GetDouble(), 0);
+  EXPECT_TRUE(supply["efficiency_percent"].IsNull());
+  EXPECT_STREQ(supply["status"].GetString(), "FAILED") << "its fan's faults are not simulated";
+}
+
+TEST_F(NimboPsu, SimulatedSupplyIsExchangedInItsMemory) {
+  Process process(watch({}), environment());
+  expectModel(process, "psu1", "DPS550AB6A");
+  std::fstream memory(directory_ + "/PsuSlot-Psu1Fru");
+  std::string contents;
+  std::getline(memory, contents);
+  memory.seekp(static_cast<std::streamoff>(contents.find("DPS550AB6A")));
+  memory << "XPS999" << std::flush;
+  std::string line;
+  do {
+    ASSERT_TRUE(process.readLine(line));
+  } while (text(entry(parsed(line), "slots", "psu1")["descriptor"]) !=
+           "unmanaged power supply, modelName: XPS999AB6A, serialNum: SIM0000001");
+  EXPECT_STREQ(entry(parsed(line), "slots", "psu2")["model"].GetString(), "DPS550AB6A");
+}
+
+TEST_F(LivePsu, BothBaysShowTheirSupplies) {
+  const rapidjson::Document report = shown();
+  EXPECT_STREQ(entry(report, "slots", "psu1")["descriptor"].GetString(),
+               "model=EP750AB12 serial=EP1A00001 airflow=frontToBackAirflow");
+  const JsonValue& emerson = entry(report, "psus", "psu1-emerson");
+  EXPECT_STREQ(emerson["status"].GetString(), "OK");
+  EXPECT_STREQ(emerson["model"].GetString(), "EP750AB12");
+  EXPECT_STREQ(emerson["serial"].GetString(), "EP1A00001");
+  EXPECT_STREQ(emerson["airflow"].GetString(), "frontToBackAirflow");
+  EXPECT_STREQ(emerson["power"].GetString(), "good");
+  EXPECT_EQ(emerson["input_volts"].GetDouble(), 230);
+  EXPECT_EQ(emerson["output_volts"].GetDouble(), 12);
+  EXPECT_EQ(emerson["output_amperes"].GetDouble(), 25);
+  EXPECT_EQ(emerson["output_watts"].GetDouble(), 300);
+  EXPECT_NEAR(emerson["input_watts"].GetDouble(), 300 / 0.93, 0.5);
+  EXPECT_NEAR(emerson["input_amperes"].GetDouble(), 300 / 0.93 / 230, 0.01);
+  EXPECT_NEAR(emerson["efficiency_percent"].GetDouble(), 93, 0.2);
+  EXPECT_NEAR(emerson["fan1_rpm"].GetDouble(), 7200, 50);
+  EXPECT_TRUE(emerson["fan2_rpm"].IsNull());
+  EXPECT_STREQ(entry(report, "psus", "psu1-dps")["status"].GetString(), "EMPTY");
+  EXPECT_STREQ(entry(report, "psus", "psu2-dps")["serial"].GetString(), "DP2B00001");
+  EXPECT_NEAR(entry(report, "psus", "psu2-dps")["efficiency_percent"].GetDouble(), 92, 0.2);
+}
+
+TEST_F(LivePsu, ExchangedSuppliesAreKnownByRegistersFruAndTlvInfo) {
+  Process process(watch({"--live"}), environment());
+  expectModel(process, "psu1", "EP750AB12");
+  for (const auto& [key, model] :
+       {std::pair{"dps", "DPS550AB6A"}, {"tps", "TPS460AB"}, {"emerson", "EP750AB12"}}) {
+    happen("psu 1 pull");
+    expectModel(process, "psu1", "none");
+    happen(std::string("psu 1 insert ") + key);
+    expectModel(process, "psu1", model);
+  }
+}
+
+TEST_F(LivePsu, SupplyExchangedBetweenTwoLooksIsTheNewOne) {
+  Process process(watch({"--live"}), environment());
+  expectModel(process, "psu2", "DPS550AB6A");
+  happen("psu 2 insert tps");
+  expectModel(process, "psu2", "TPS460AB");
+}
+
+TEST_F(LivePsu, SupplyWithoutAcIsOffAndNoFailure) {
+  happen("psu 1 ac off");
+  happen("psu 2 ac off");
+  const rapidjson::Document report = shown();
+  for (const char* name : {"psu1-emerson", "psu2-dps"}) {
+    const JsonValue& supply = entry(report, "psus", name);
+    EXPECT_STREQ(supply["status"].GetString(), "OK");
+    EXPECT_STREQ(supply["condition"].GetString(), "off");
+    EXPECT_STREQ(supply["power"].GetString(), "off");
+    EXPECT_EQ(supply["input_volts"].GetDouble(), 0);
+    EXPECT_EQ(supply["input_amperes"].GetDouble(), 0);
+    EXPECT_EQ(supply["output_watts"].GetDouble(), 0);
+    EXPECT_TRUE(supply["efficiency_percent"].IsNull());
+  }
+  happen("psu 1 ac on");
+  EXPECT_STREQ(entry(shown(), "psus", "psu1-emerson")["power"].GetString(), "good");
+}
+
+TEST_F(LivePsu, SupplyThatFailsWithAcIsAFault) {
+  happen("psu 1 fail");
+  happen("psu 2 fail");
+  const rapidjson::Document report = shown(3);
+  for (const char* name : {"psu1-emerson", "psu2-dps"}) {
+    const JsonValue& supply = entry(report, "psus", name);
+    EXPECT_STREQ(supply["status"].GetString(), "FAULT") << name;
+    EXPECT_TRUE(supply["power"].IsNull());
+    EXPECT_EQ(supply["input_volts"].GetDouble(), 230);
+    EXPECT_EQ(supply["output_volts"].GetDouble(), 0);
+  }
+}
+
+TEST_F(LivePsu, StalledFanOfASupplyIsAFault) {
+  ASSERT_EQ(nimbo({"board", "set", "Psu2Dps.fan1.stalled", "1"}).code, 0);
+  std::string status;
+  do {
+    const Result result = live({"show", "psus", "--json"});
+    status = entry(parsed(result.out), "psus", "psu2-dps")["status"].GetString();
+  } while (status == "OK");  // the fan runs out first
+  EXPECT_EQ(status, "FAULT");
+}
+
+TEST_F(LivePsu, SupplyPulledInTheMiddleOfAReadingFailsWithTheServicesReason) {
+  // Four transfers identify it and one reads a voltage; at the next it is gone, and back after
+  // that.
+  ASSERT_EQ(nimbo({"board", "fault", "Psu1Emerson", "nack", "--nth", "6", "--count", "1"}).code, 0);
+  const Result result = live({"show", "psus", "--json"});
+  EXPECT_EQ(result.code, 3);
+  const rapidjson::Document report = parsed(result.out);
+  const JsonValue& supply = entry(report, "psus", "psu1-emerson");
+  EXPECT_STREQ(supply["status"].GetString(), "REMOTE");
+  EXPECT_THAT(supply["reason"].GetString(), HasSubstr("to device 0x58"));
+  EXPECT_EQ(supply["input_volts"].GetDouble(), 230);
+  EXPECT_TRUE(supply["input_amperes"].IsNull());
+  EXPECT_EQ(supply["output_amperes"].GetDouble(), 25);
+  EXPECT_STREQ(entry(report, "psus", "psu2-dps")["status"].GetString(), "OK");
+}
+
+TEST_F(LivePsu, SuppliesPulledWhileTheyAreReadNeverMixTwoModels) {
+  Process process(watch({"--live"}), environment());
+  for (int round = 0; round < 10; ++round) {
+    happen("psu 1 insert dps");
+    happen("psu 1 pull");
+    happen("psu 1 insert emerson");
+    std::string line;
+    ASSERT_TRUE(process.readLine(line));
+    EXPECT_THAT(text(entry(parsed(line), "slots", "psu1")["descriptor"]),
+                AnyOf("none", "model=EP750AB12 serial=EP1A00001 airflow=frontToBackAirflow",
+                      "model=DPS550AB6A serial=DP1B00001 airflow=backToFrontAirflow"));
+  }
+  expectModel(process, "psu1", "EP750AB12");
+}
+
+TEST_F(LivePsu, PmbusSnapshotShowsLatchedFaultsAndLeavesThem) {
+  happen("psu 1 ac off");
+  happen("psu 1 ac on");
+  for (int look = 0; look < 2; ++look) {
+    const Result result = live({"pmbus", "psu1-emerson"});
+    EXPECT_EQ(result.code, 0) << result.err;
+    EXPECT_THAT(result.out, testing::StartsWith("STATUS_WORD         0x2008 INPUT VIN_UV_FAULT\n"));
+    EXPECT_THAT(result.out, HasSubstr("STATUS_INPUT        0x18 VIN_UV_FAULT OFF_FOR_LOW_VIN\n"));
+    EXPECT_THAT(result.out, HasSubstr("READ_VIN            230.000 V\n"));
+    EXPECT_THAT(result.out, HasSubstr("READ_VOUT           12.000 V\n"));
+    EXPECT_THAT(result.out, HasSubstr("MFR_MODEL           EP750AB12\n"));
+  }
+}
+
+TEST_F(LivePsu, PmbusSnapshotIsForPrograms) {
+  const rapidjson::Document report = parsed(live({"pmbus", "psu2-dps", "--json"}).out);
+  EXPECT_EQ(report["STATUS_WORD"]["raw"].GetUint(), 0U);
+  EXPECT_EQ(report["STATUS_WORD"]["bits"].Size(), 0U);
+  EXPECT_EQ(report["READ_IOUT"]["value"].GetDouble(), 22.5);
+  EXPECT_STREQ(report["READ_IOUT"]["unit"].GetString(), "A");
+  EXPECT_FALSE(report.HasMember("MFR_MODEL")) << "it has none";
+}
+
+TEST_F(LivePsu, PmbusOfWhatIsNoSuchDeviceIsRefused) {
+  const Result eeprom = live({"pmbus", "psu1-eeprom"});
+  EXPECT_EQ(eeprom.code, 2);
+  EXPECT_THAT(eeprom.err, HasSubstr("psu1-eeprom is no PMBus device: its driver is "
+                                    "SmbusProxyDriver; PMBus devices are psu1-emerson, psu1-dps"));
+  EXPECT_EQ(live({"pmbus", "psu9"}).code, 2);
+  const Result absent = live({"pmbus", "psu1-dps"});
+  EXPECT_EQ(absent.code, 3);
+  EXPECT_THAT(absent.err, HasSubstr("psu1-dps answers no PMBus command: "));
+}
+
+}  // namespace

@@ -11,10 +11,10 @@ using namespace Nimbo;
 
 class ChangesTest : public testing::Test {
  protected:
-  // A fan's speed and a slot's descriptor; no descriptor for an empty slot.
-  Report look(double rpm, const std::string& descriptor) const {
-    Observation slot{&slot_, {{PL_STATUS_OK, descriptor}}, {}};
-    if (descriptor.empty()) {
+  // A fan's speed and the model in a slot; none in an empty one.
+  Report look(double rpm, const std::string& model) const {
+    Observation slot{&slot_, {{PL_STATUS_OK, model}}, {}};
+    if (model.empty()) {
       slot = {&slot_, {{PL_STATUS_EMPTY, {}}}, {PL_STATUS_EMPTY, false, ""}};
     }
     return {"B", false, "now", {{&kFans, {{&fan_, {{PL_STATUS_OK, rpm}}, {}}}}, {&kSlots, {slot}}}};
@@ -35,14 +35,12 @@ TEST_F(ChangesTest, NumbersWithAUnitDrift) {
 }
 
 TEST_F(ChangesTest, ConditionIsToldWithWhatItWas) {
-  EXPECT_EQ(changes(look(1, ""), look(1, "x")).lines,
-            "now slots tray1: empty -> ok (descriptor x)\n");
-  EXPECT_EQ(changes(look(1, "x"), look(1, "")).lines,
-            "now slots tray1: ok -> empty (descriptor -)\n");
+  EXPECT_EQ(changes(look(1, ""), look(1, "x")).lines, "now slots tray1: empty -> ok (model x)\n");
+  EXPECT_EQ(changes(look(1, "x"), look(1, "")).lines, "now slots tray1: ok -> empty (model -)\n");
 }
 
 TEST_F(ChangesTest, ValueIsToldWhereTheConditionStays) {
-  EXPECT_EQ(changes(look(1, "x"), look(1, "y")).lines, "now slots tray1: ok (descriptor y)\n");
+  EXPECT_EQ(changes(look(1, "x"), look(1, "y")).lines, "now slots tray1: ok (model y)\n");
 }
 
 TEST_F(ChangesTest, ReportHoldsWhatHasChangedAlone) {

@@ -48,13 +48,8 @@ class LivePanel : public testing::Test {
   }
 
   // Transactions of the library since the last call.
-  static size_t transactions() {
-    size_t count = 0;
-    for (const Doubles::Trace& trace : host().traces) {
-      count += trace.text == "executing NimboSmbusHam request" ? 1u : 0u;
-    }
-    host().traces.clear();
-    return count;
+  uint64_t transactions() {
+    return service.transactions() - std::exchange(answered_, service.transactions());
   }
   // Transfers on the buses since the last call.
   uint64_t transfers() {
@@ -65,6 +60,7 @@ class LivePanel : public testing::Test {
   Doubles::BoardService service{NIMBO_BOARDS "/halvorsa/virtual-board.json"};
 
  private:
+  uint64_t answered_ = 0;
   uint64_t seen_ = 0;
 };
 

@@ -21,6 +21,21 @@ std::string socketPath() {
          ("nimbo-board-" + std::to_string(::getpid()) + ".sock");
 }
 
+// Counts what is sent, which is one answer a transaction; counted before its client can know.
+class CountingTransport : public SocketTransport {
+ public:
+  CountingTransport(Descriptor client, Clock& clock, std::atomic<uint64_t>& answers)
+      : SocketTransport(std::move(client), clock), answers_(answers) {}
+
+  IoResult send(std::string_view bytes, TimePoint deadline) override {
+    ++answers_;
+    return SocketTransport::send(bytes, deadline);
+  }
+
+ private:
+  std::atomic<uint64_t>& answers_;
+};
+
 }  // namespace
 
 BoardService::BoardService(const std::string& boardFile)
@@ -49,7 +64,8 @@ BoardService::~BoardService() {
 void BoardService::serve() {
   Acceptor acceptor(
       socket_.descriptor(), clock_, log_, [this](Descriptor client, const Peer& peer) {
-        server_->adopt(std::make_unique<SocketTransport>(std::move(client), clock_), peer);
+        server_->adopt(
+            std::make_unique<CountingTransport>(std::move(client), clock_, transactions_), peer);
       });
   acceptor.run(stop_.get());
 }

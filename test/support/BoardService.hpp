@@ -4,6 +4,7 @@
 // has gone over its buses, is a call away. Needs no test framework.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -28,6 +29,9 @@ class BoardService {
   // Of all buses since the board was made.
   [[nodiscard]] SmbusService::Board::TransferCount count() const;
 
+  // Answered so far, well or ill.
+  [[nodiscard]] uint64_t transactions() const { return transactions_; }
+
  private:
   class SilentLog : public SmbusService::Log {
    public:
@@ -44,6 +48,7 @@ class BoardService {
   std::unique_ptr<SmbusService::Server> server_;
   SmbusService::ListeningSocket socket_;
   SmbusService::Descriptor stop_;
+  std::atomic<uint64_t> transactions_{0};
   std::thread thread_;
 };
 

@@ -3,14 +3,12 @@
 // nimbo board, against a real smbusd with the Halvorsa board.
 #include <unistd.h>
 
-#include <chrono>
 #include <fstream>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "test/tools/NimboFixture.hpp"
+#include "test/tools/LiveFixture.hpp"
 
 namespace {
 
@@ -20,15 +18,8 @@ using TestSupport::parsed;
 using TestSupport::Process;
 using TestSupport::Result;
 
-class NimboBoard : public TestSupport::NimboFixture {
+class NimboBoard : public TestSupport::LiveFixture {
  protected:
-  void SetUp() override {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{30};
-    while (board({"faults"}).code != 0) {
-      ASSERT_LT(std::chrono::steady_clock::now(), giveUp) << service_.finish().err;
-    }
-  }
-
   Result board(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), "board");
     return nimbo(arguments);
@@ -49,20 +40,12 @@ class NimboBoard : public TestSupport::NimboFixture {
     return result.err;
   }
 
-  Result live(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "--live");
-    return nimbo(arguments);
-  }
-
   // The condition of the n-th fan, as the watch shows it next.
   static std::string condition(Process& watch, rapidjson::SizeType fan) {
     std::string line;
     EXPECT_TRUE(watch.readLine(line));
     return parsed(line)["fans"][fan]["condition"].GetString();
   }
-
-  Process service_{{NIMBO_SMBUSD, "--config", NIMBO_SMBUSD_CONFIGURATION, "--socket", socket()},
-                   {}};
 };
 
 TEST_F(NimboBoard, ListShowsChipsAndQuantities) {

@@ -8,26 +8,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "test/tools/LiveService.hpp"
-#include "test/tools/NimboFixture.hpp"
+#include "test/tools/LiveFixture.hpp"
 
 namespace {
 
 using testing::HasSubstr;
-using TestSupport::LiveService;
 using TestSupport::parsed;
 using TestSupport::Process;
 using TestSupport::Result;
 
-class NimboLive : public TestSupport::NimboFixture {
- protected:
-  Result live(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "--live");
-    return nimbo(arguments);
-  }
-
-  LiveService service_{socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION}};
-};
+class NimboLive : public TestSupport::LiveFixture {};
 
 TEST_F(NimboLive, ShowsTheSameBoardAsTheSimulation) {
   const Result real = live({"show", "--json"});

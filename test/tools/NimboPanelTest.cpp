@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The front panel as an operator sees it while things happen to the virtual board.
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -9,36 +8,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "test/tools/LiveService.hpp"
-#include "test/tools/NimboFixture.hpp"
+#include "test/tools/LiveFixture.hpp"
 
 namespace {
 
 using testing::HasSubstr;
 using TestSupport::parsed;
 using TestSupport::Process;
-using TestSupport::Result;
 
-class NimboPanel : public TestSupport::NimboFixture {
+class NimboPanel : public TestSupport::LiveFixture {
  protected:
-  // The control socket opens after the service's.
-  void SetUp() override {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{30};
-    while (nimbo({"board", "faults"}).code != 0) {
-      ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
-    }
-  }
-
-  Result live(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "--live");
-    return nimbo(arguments);
-  }
-
-  void happen(const std::string& event) const {
-    const Result result = nimbo({"board", "event", event});
-    EXPECT_EQ(result.code, 0) << result.err;
-  }
-
   // A watch whose first look is over.
   std::unique_ptr<Process> watch(std::vector<std::string> kinds) const {
     kinds.insert(kinds.begin(), {"--live", "--json", "watch", "--changes", "--interval", "0.05"});
@@ -67,8 +46,6 @@ class NimboPanel : public TestSupport::NimboFixture {
     ADD_FAILURE() << "the watch has ended";
     return {};
   }
-
-  TestSupport::LiveService service_{socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION}};
 };
 
 TEST_F(NimboPanel, WatchFollowsAModule) {

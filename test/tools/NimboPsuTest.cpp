@@ -2,21 +2,18 @@
 //
 // Power supplies and their bays: the installed board in simulation, and live with supplies that are
 // pulled, exchanged and cut off.
-#include <chrono>
 #include <fstream>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "test/tools/LiveService.hpp"
-#include "test/tools/NimboFixture.hpp"
+#include "test/tools/LiveFixture.hpp"
 
 namespace {
 
 using testing::AnyOf;
 using testing::HasSubstr;
-using TestSupport::LiveService;
 using TestSupport::parsed;
 using TestSupport::Process;
 using TestSupport::Result;
@@ -34,47 +31,28 @@ const JsonValue& entry(const rapidjson::Document& report, const char* list, cons
 
 std::string text(const JsonValue& value) { return value.IsString() ? value.GetString() : "none"; }
 
-class NimboPsu : public TestSupport::NimboFixture {
+// Lines of a watch are read until the slot's model is this one.
+void expectModel(Process& watch, const char* slot, const std::string& model) {
+  std::string line;
+  do {
+    ASSERT_TRUE(watch.readLine(line)) << model;
+  } while (text(entry(parsed(line), "slots", slot)["model"]) != model);
+}
+
+std::vector<std::string> watchOfSlots(std::vector<std::string> mode) {
+  mode.insert(mode.end(), {"--json", "watch", "slots", "--interval", "0.05"});
+  return mode;
+}
+
+class NimboPsu : public TestSupport::NimboFixture {};
+
+class LivePsu : public TestSupport::LiveFixture {
  protected:
-  // Lines of a watch are read until the slot's model is this one.
-  static void expectModel(Process& watch, const char* slot, const std::string& model) {
-    std::string line;
-    do {
-      ASSERT_TRUE(watch.readLine(line)) << model;
-    } while (text(entry(parsed(line), "slots", slot)["model"]) != model);
-  }
-
-  std::vector<std::string> watch(std::vector<std::string> mode) const {
-    mode.insert(mode.end(), {"--json", "watch", "slots", "--interval", "0.05"});
-    return command(mode);
-  }
-};
-
-class LivePsu : public NimboPsu {
- protected:
-  // The control socket is there a little later than the service's own.
-  void SetUp() override {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds{30};
-    while (nimbo({"board", "faults"}).code != 0) {
-      ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
-    }
-  }
-
-  Result live(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), "--live");
-    return nimbo(arguments);
-  }
-  void happen(const std::string& event) const {
-    const Result result = nimbo({"board", "event", event});
-    EXPECT_EQ(result.code, 0) << result.err;
-  }
   rapidjson::Document shown(int code = 0) const {
     const Result result = live({"show", "psus", "slots", "--json"});
     EXPECT_EQ(result.code, code) << result.err;
     return parsed(result.out);
   }
-
-  LiveService service_{socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION}};
 };
 
 TEST_F(NimboPsu, SimulatedBaysHoldTheSupplyOfTheirSimulatedMemory) {
@@ -93,7 +71,7 @@ TEST_F(NimboPsu, SimulatedBaysHoldTheSupplyOfTheirSimulatedMemory) {
 }
 
 TEST_F(NimboPsu, SimulatedSupplyIsExchangedInItsMemory) {
-  Process process(watch({}), environment());
+  Process process(command(watchOfSlots({})), environment());
   expectModel(process, "psu1", "DPS550AB6A");
   std::fstream memory(directory_ + "/PsuSlot-Psu1Fru");
   std::string contents;
@@ -133,7 +111,7 @@ TEST_F(LivePsu, BothBaysShowTheirSupplies) {
 }
 
 TEST_F(LivePsu, ExchangedSuppliesAreKnownByRegistersFruAndTlvInfo) {
-  Process process(watch({"--live"}), environment());
+  Process process(command(watchOfSlots({"--live"})), environment());
   expectModel(process, "psu1", "EP750AB12");
   for (const auto& [key, model] :
        {std::pair{"dps", "DPS550AB6A"}, {"tps", "TPS460AB"}, {"emerson", "EP750AB12"}}) {
@@ -145,7 +123,7 @@ TEST_F(LivePsu, ExchangedSuppliesAreKnownByRegistersFruAndTlvInfo) {
 }
 
 TEST_F(LivePsu, SupplyExchangedBetweenTwoLooksIsTheNewOne) {
-  Process process(watch({"--live"}), environment());
+  Process process(command(watchOfSlots({"--live"})), environment());
   expectModel(process, "psu2", "DPS550AB6A");
   happen("psu 2 insert tps");
   expectModel(process, "psu2", "TPS460AB");
@@ -209,7 +187,7 @@ TEST_F(LivePsu, SupplyPulledInTheMiddleOfAReadingFailsWithTheServicesReason) {
 }
 
 TEST_F(LivePsu, SuppliesPulledWhileTheyAreReadNeverMixTwoModels) {
-  Process process(watch({"--live"}), environment());
+  Process process(command(watchOfSlots({"--live"})), environment());
   for (int round = 0; round < 10; ++round) {
     happen("psu 1 insert dps");
     happen("psu 1 pull");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "smbus/service/board/Settings.hpp"
+#include "config/Settings.hpp"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <charconv>
 
-namespace SmbusService::Board {
+namespace Config {
 namespace {
 
 std::string_view textOf(const rapidjson::Value& value) {
@@ -76,11 +76,11 @@ std::vector<uint32_t> Item::numbers(uint32_t most) const {
 }
 
 Item Item::member(std::string_view key, const rapidjson::Value& of) const {
-  return {file, of, Config::pointerTo(pointer, key)};
+  return {file, of, pointerTo(pointer, key)};
 }
 
 Item Item::element(rapidjson::SizeType index) const {
-  return {file, value[index], Config::pointerTo(pointer, size_t{index})};
+  return {file, value[index], pointerTo(pointer, size_t{index})};
 }
 
 Settings::Settings(Item object) : object_(std::move(object)) {
@@ -160,17 +160,17 @@ void Settings::forEachMember(std::string_view key,
 }
 
 void Settings::fail(std::string_view key, const std::string& message) const {
-  object_.file.fail(has(key) ? Config::pointerTo(object_.pointer, key) : object_.pointer, message);
+  object_.file.fail(has(key) ? pointerTo(object_.pointer, key) : object_.pointer, message);
 }
 
 void Settings::finish() const {
   for (const auto& member : object_.value.GetObject()) {
     const std::string_view name = textOf(member.name);
     if (known_.contains(name)) continue;
-    throw Config::FileError(object_.file.keyPlaceOf(Config::pointerTo(object_.pointer, name)),
-                            fmt::format("\"{}\" is not known here; the keys are \"{}\"", name,
-                                        fmt::join(known_, "\", \"")));
+    throw FileError(object_.file.keyPlaceOf(pointerTo(object_.pointer, name)),
+                    fmt::format("\"{}\" is not known here; the keys are \"{}\"", name,
+                                fmt::join(known_, "\", \"")));
   }
 }
 
-}  // namespace SmbusService::Board
+}  // namespace Config

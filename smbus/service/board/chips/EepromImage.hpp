@@ -6,10 +6,10 @@
 //   "file"      a file with the bytes, relative to the board file
 //   "contents"  { offset: value }; a list or a text fills the bytes from there on, and a text
 //               stands for its characters, even "12"
-//   "tlvInfo"   { type: value }, values likewise: the ONIE TlvInfo format, in the order given;
-//               the checksum (type 0xFE) is added
-//   "fru"       a product info area of the IPMI FRU format (Platform Management FRU 1.0):
-//               "manufacturer", "name", "part", "version", "serial"
+//   "tlvInfo"   the ONIE TlvInfo format
+//   "fru"       board and product info areas of the IPMI FRU format; identity/Build.hpp has the
+//   keys
+//               of both
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "identity/Value.hpp"
+
+namespace Identity {
+
+Bytes bytesOf(const Config::Item& value) {
+  Bytes bytes;
+  if (value.value.IsString()) {
+    const std::string text = value.text();
+    return {text.begin(), text.end()};
+  }
+  for (const uint32_t number : value.numbers(UINT8_MAX)) {
+    bytes.push_back(static_cast<uint8_t>(number));
+  }
+  return bytes;
+}
+
+}  // namespace Identity

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "config/Settings.hpp"
+#include "identity/Bytes.hpp"
+
+namespace Identity {
+
+// The bytes that a JSON value stands for: a number, a list of numbers, or a text for its
+// characters, even if it looks like a number, as a serial number does. Throws Config::FileError.
+[[nodiscard]] Bytes bytesOf(const Config::Item& value);
+
+}  // namespace Identity

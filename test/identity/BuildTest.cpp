@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Images byte by byte are in test/smbus/service/board/EepromTest.cpp.
+#include "identity/Build.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "test/identity/Images.hpp"
+
+namespace {
+
+using namespace TestSupport;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+template <typename Build>
+std::string complaint(Build build, const std::string& json) {
+  try {
+    (void)build(json);
+  } catch (const Config::FileError& error) {
+    return error.what();
+  }
+  return "no complaint";
+}
+
+TEST(IdentityBuild, ABoardAreaComesBeforeTheProductArea) {
+  const Bytes image = fru("{'name': 'N1', 'board': {'serial': 'S1'}}");
+  EXPECT_EQ(Bytes(image.begin(), image.begin() + 8), (Bytes{1, 0, 0, 1, 3, 0, 0, 0xFB}));
+  EXPECT_EQ(Bytes(image.begin() + 8, image.begin() + 24),
+            (Bytes{1, 2, 0, 0, 0, 0, 0xC0, 0xC0, 0xC2, 'S', '1', 0xC0, 0xC0, 0xC1, 0, 0xF6}));
+}
+
+TEST(IdentityBuild, ABoardAloneMakesNoProductArea) {
+  EXPECT_EQ(fru("{'board': {'serial': 'S1'}}").size(), 24u);
+}
+
+TEST(IdentityBuild, WhatDoesNotFitIsRefusedAtItsPlace) {
+  EXPECT_THAT(complaint(fru, "{'board': {'date': 'yesterday'}}"),
+              StartsWith("eeprom.json:1:28: write a time of 1996 to 2027"));
+  EXPECT_THAT(complaint(fru, "{'board': {'version': '1x'}}"),
+              HasSubstr("\"version\" is not known"));
+  EXPECT_THAT(complaint(fru, "{'serial': 'x'}"), HasSubstr("2 to 63 characters"));
+  EXPECT_THAT(complaint(fru, "{'chassis': {}}"), HasSubstr("\"chassis\" is not known"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0xFE': 1}"), HasSubstr("is no type"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0x20': '" + std::string(256, 'x') + "'}"),
+              HasSubstr("at most 255 bytes"));
+}
+
+TEST(IdentityBuild, MoreRecordsThanTheLengthCanTellAreRefused) {
+  std::string records = "{'0x20': 1";
+  for (int i = 1; i < 256; ++i) {
+    records +=
+        ", '0x" + std::string(static_cast<size_t>(i), '0') + "21': '" + std::string(255, 'x') + "'";
+  }
+  EXPECT_THAT(complaint(tlvInfo, records + "}"), HasSubstr("65535 at most"));
+}
+
+}  // namespace

@@ -66,6 +66,7 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addPmbusCommand(app, options, run);
   Nimbo::addTraceCommand(app, options, run);
   Nimbo::addBoardCommand(app, options, run);
+  Nimbo::addEepromCommand(app, options, run);
 }
 
 int report(const std::exception& error, ExitCode code) {

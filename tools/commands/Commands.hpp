@@ -28,5 +28,6 @@ void addRecordCommand(CLI::App& app, const Options& options, Run& run);
 void addPmbusCommand(CLI::App& app, const Options& options, Run& run);
 void addTraceCommand(CLI::App& app, const Options& options, Run& run);
 void addBoardCommand(CLI::App& app, const Options& options, Run& run);
+void addEepromCommand(CLI::App& app, const Options& options, Run& run);
 
 }  // namespace Nimbo

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <cerrno>
 #include <cstdio>
-#include <fstream>
 #include <memory>
-#include <system_error>
 
 #include <fmt/format.h>
 
-#include "config/FileError.hpp"
 #include "config/JsonValue.hpp"
 #include "pl/pl_smbus.h"
+#include "tools/File.hpp"
 #include "tools/Session.hpp"
 #include "tools/commands/Commands.hpp"
 #include "tools/recording/BoardSnapshot.hpp"
@@ -76,15 +73,6 @@ std::unique_ptr<RegisterSource> open(const Session& session, const Value& device
   return record == nullptr ? nullptr : std::make_unique<LiveRegisters>(record);
 }
 
-void write(const std::string& path, const std::string& text) {
-  errno = 0;
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file << text << std::flush;
-  if (!file) {
-    throw Config::FileError({path}, std::generic_category().message(errno));
-  }
-}
-
 // Muxes have no registers of their own; what they lead to is told with the devices.
 ExitCode tell(const std::vector<SnapshotOutcome>& outcomes) {
   bool any = false;
@@ -107,7 +95,7 @@ ExitCode run(const Options& options, const std::string& path) {
   rapidjson::Document topology;
   topology.Parse(session.board().topology().c_str());
   BoardSnapshot snapshot([&](const Value& device) { return open(session, device); });
-  write(path, snapshot.take(session.board().name(), topology));
+  writeFile(path, snapshot.take(session.board().name(), topology));
   return tell(snapshot.outcomes());
 }
 

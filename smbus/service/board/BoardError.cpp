@@ -23,10 +23,10 @@ bool same(char a, char b) {
 size_t distance(std::string_view from, std::string_view to) {
   std::vector<size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < from.size(); ++i) {
+  for (const char letter : from) {
     size_t diagonal = row[0]++;
     for (size_t j = 0; j < to.size(); ++j) {
-      const size_t replaced = diagonal + (same(from[i], to[j]) ? 0 : 1);
+      const size_t replaced = diagonal + (same(letter, to[j]) ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
     }

@@ -174,7 +174,7 @@ void Checker::fail(std::string_view key, const std::string& message) const {
 }
 
 std::vector<Rule> Checker::rules() const {
-  const std::vector<Rule> rules = rulesOf(arguments_.driver, arguments_.kind);
+  std::vector<Rule> rules = rulesOf(arguments_.driver, arguments_.kind);
   if (rules.empty()) {
     file_.fail(arguments_.pointer + "/device",
                fmt::format("the driver {} of this device has no {}; it has {}", arguments_.driver,

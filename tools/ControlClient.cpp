@@ -14,6 +14,8 @@
 
 #include <fmt/format.h>
 
+#include "config/JsonValue.hpp"
+
 namespace Nimbo {
 
 namespace {
@@ -76,9 +78,9 @@ rapidjson::Document ControlClient::ask(const std::string& request) {
     throw ControlError(path_ + " does not answer as a service's control socket does");
   }
   if (!document["ok"].GetBool()) {
-    const auto error = document.FindMember("error");
-    const bool said = error != document.MemberEnd() && error->value.IsString();
-    throw ControlError(said ? error->value.GetString() : "the service refused");
+    const rapidjson::Value* error = Config::member(&document, "error");
+    const bool said = error != nullptr && error->IsString();
+    throw ControlError(said ? error->GetString() : "the service refused");
   }
   return document;
 }

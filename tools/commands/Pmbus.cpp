@@ -83,7 +83,7 @@ Entry supplyEntry(const Session& session, const std::string& name) {
       refuse(session, name, entry.device->driver());
     }
   }
-  const Entry entry = session.entry(kPsus.key, name);
+  Entry entry = session.entry(kPsus.key, name);
   if (registersOf(entry.device->driver()) != Registers::kPmbus) {
     refuse(session, name, entry.device->driver());
   }

@@ -34,22 +34,26 @@ Lamps addLamps(const Library& library, const Board& board, const Entry& entry) {
   return lamps;
 }
 
-// The lamps live as long as the records, for the life of the process; a record's host word is
-// where they are.
-Record add(const Library& library, const Board& board, const Entry& entry) {
+// The lamps live as long as the records, for the life of the process; a record's host word is the
+// place of its own.
+std::deque<Lamps>& allLamps() {
   static std::deque<Lamps> all;
+  return all;
+}
+
+Record add(const Library& library, const Board& board, const Entry& entry) {
   pl_led* const led =
       library.function<decltype(pl_led_add)>("pl_led_add")(board.description(entry).c_str());
   if (led != nullptr) {
-    all.push_back(addLamps(library, board, entry));
-    led->host = reinterpret_cast<uintptr_t>(&all.back());
+    led->host = allLamps().size();
+    allLamps().push_back(addLamps(library, board, entry));
   }
   return led;
 }
 
 // The colours that are lit, "off" for none; nothing for an LED that shows no lamps.
 Reading light(Record record, const Entry&) {
-  const auto& lamps = *reinterpret_cast<const Lamps*>(static_cast<pl_led*>(record)->host);
+  const Lamps& lamps = allLamps()[static_cast<pl_led*>(record)->host];
   std::string lit;
   for (const Lamp& lamp : lamps) {
     unsigned int level = 0;

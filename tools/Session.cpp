@@ -114,7 +114,7 @@ Report Session::report(std::span<const Kind* const> kinds, std::span<const Devic
 void Session::mentionWarnings() const {
   // Simulated chips hold some of their registers only; each of the others is a warning.
   if (options_.live && options_.traceLevel < 0 && trace().warnings() > 0) {
-    std::fprintf(stderr, "nimbo: the library gave %zu warnings; --trace 0 prints them\n",
+    std::fprintf(stderr, "nimbo: warnings of the library: %zu; --trace 0 prints them\n",
                  trace().warnings());
   }
 }

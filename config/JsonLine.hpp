@@ -33,7 +33,9 @@ class JsonLine {
   void list(std::string_view name, const Values& values, Each each) {
     key(name);
     writer_.StartArray();
-    for (const auto& value : values) each(value);
+    for (const auto& value : values) {
+      each(value);
+    }
     writer_.EndArray();
   }
   void list(std::string_view name, const std::vector<std::string>& texts) {

@@ -23,26 +23,38 @@ rapidjson::Value keyValue(std::string_view key) {
 
 std::optional<uint32_t> parseNumber(std::string_view text) {
   const bool hex = text.starts_with("0x") || text.starts_with("0X");
-  if (hex) text.remove_prefix(2);
+  if (hex) {
+    text.remove_prefix(2);
+  }
   uint32_t number = 0;
   const char* end = text.data() + text.size();
   const auto [stopped, error] = std::from_chars(text.data(), end, number, hex ? 16 : 10);
-  if (error != std::errc() || stopped != end) return std::nullopt;
+  if (error != std::errc() || stopped != end) {
+    return std::nullopt;
+  }
   return number;
 }
 
 uint32_t Item::number(uint32_t least, uint32_t most) const {
   std::optional<uint32_t> number;
-  if (value.IsUint()) number = value.GetUint();
-  if (value.IsString()) number = parseNumber(textOf(value));
-  if (number && *number >= least && *number <= most) return *number;
+  if (value.IsUint()) {
+    number = value.GetUint();
+  }
+  if (value.IsString()) {
+    number = parseNumber(textOf(value));
+  }
+  if (number && *number >= least && *number <= most) {
+    return *number;
+  }
   fail(fmt::format(
       "write a whole number from {} to {} (\"0x{:02X}\" to \"0x{:02X}\" in hexadecimal)", least,
       most, least, most));
 }
 
 std::string Item::text() const {
-  if (!value.IsString() || value.GetStringLength() == 0) fail("write a text in quotes");
+  if (!value.IsString() || value.GetStringLength() == 0) {
+    fail("write a text in quotes");
+  }
   return std::string(textOf(value));
 }
 
@@ -68,7 +80,9 @@ std::vector<uint32_t> Item::numbers(uint32_t most) const {
       numbers.push_back(element(i).number(0, most));
     }
   } else if (value.IsString() && !parseNumber(textOf(value))) {
-    for (const char c : textOf(value)) numbers.push_back(static_cast<uint8_t>(c));
+    for (const char c : textOf(value)) {
+      numbers.push_back(static_cast<uint8_t>(c));
+    }
   } else {
     numbers.push_back(number(0, most));
   }
@@ -84,7 +98,9 @@ Item Item::element(rapidjson::SizeType index) const {
 }
 
 Settings::Settings(Item object) : object_(std::move(object)) {
-  if (!object_.value.IsObject()) object_.fail("an object { ... } belongs here");
+  if (!object_.value.IsObject()) {
+    object_.fail("an object { ... } belongs here");
+  }
 }
 
 bool Settings::has(std::string_view key) const { return object_.value.HasMember(keyValue(key)); }
@@ -92,25 +108,33 @@ bool Settings::has(std::string_view key) const { return object_.value.HasMember(
 std::optional<Item> Settings::find(std::string_view key) {
   known_.emplace(key);
   const auto member = object_.value.FindMember(keyValue(key));
-  if (member == object_.value.MemberEnd()) return std::nullopt;
+  if (member == object_.value.MemberEnd()) {
+    return std::nullopt;
+  }
   return std::optional<Item>(object_.member(key, member->value));
 }
 
 Item Settings::require(std::string_view key) {
   const std::optional<Item> item = find(key);
-  if (!item) object_.fail(fmt::format("add the key \"{}\"", key));
+  if (!item) {
+    object_.fail(fmt::format("add the key \"{}\"", key));
+  }
   return *item;
 }
 
 uint32_t Settings::number(std::string_view key, uint32_t least, uint32_t most,
                           std::optional<uint32_t> absent) {
-  if (absent && !has(key)) return known_.emplace(key), *absent;
+  if (absent && !has(key)) {
+    return known_.emplace(key), *absent;
+  }
   return require(key).number(least, most);
 }
 
 double Settings::real(std::string_view key, double least, double most, double absent) {
   const std::optional<Item> item = find(key);
-  if (!item) return absent;
+  if (!item) {
+    return absent;
+  }
   const rapidjson::Value& value = item->value;
   if (!value.IsNumber() || value.GetDouble() < least || value.GetDouble() > most) {
     item->fail(fmt::format("write a number from {} to {}", least, most));
@@ -120,8 +144,12 @@ double Settings::real(std::string_view key, double least, double most, double ab
 
 bool Settings::flag(std::string_view key, bool absent) {
   const std::optional<Item> item = find(key);
-  if (!item) return absent;
-  if (!item->value.IsBool()) item->fail("write true or false");
+  if (!item) {
+    return absent;
+  }
+  if (!item->value.IsBool()) {
+    item->fail("write true or false");
+  }
   return item->value.GetBool();
 }
 
@@ -132,7 +160,9 @@ std::string Settings::text(std::string_view key, std::optional<std::string_view>
 
 size_t Settings::choice(std::string_view key, const std::vector<std::string_view>& choices) {
   const std::optional<Item> item = find(key);
-  if (!item) return 0;
+  if (!item) {
+    return 0;
+  }
   const auto found =
       item->value.IsString() ? std::ranges::find(choices, textOf(item->value)) : choices.end();
   if (found == choices.end()) {
@@ -143,16 +173,26 @@ size_t Settings::choice(std::string_view key, const std::vector<std::string_view
 
 void Settings::forEach(std::string_view key, const std::function<void(const Item&)>& visit) {
   const std::optional<Item> list = find(key);
-  if (!list) return;
-  if (!list->value.IsArray()) list->fail("a list [ ... ] belongs here");
-  for (rapidjson::SizeType i = 0; i < list->value.Size(); ++i) visit(list->element(i));
+  if (!list) {
+    return;
+  }
+  if (!list->value.IsArray()) {
+    list->fail("a list [ ... ] belongs here");
+  }
+  for (rapidjson::SizeType i = 0; i < list->value.Size(); ++i) {
+    visit(list->element(i));
+  }
 }
 
 void Settings::forEachMember(std::string_view key,
                              const std::function<void(const std::string&, const Item&)>& visit) {
   const std::optional<Item> object = find(key);
-  if (!object) return;
-  if (!object->value.IsObject()) object->fail("an object { ... } belongs here");
+  if (!object) {
+    return;
+  }
+  if (!object->value.IsObject()) {
+    object->fail("an object { ... } belongs here");
+  }
   for (const auto& member : object->value.GetObject()) {
     const std::string name(textOf(member.name));
     visit(name, object->member(name, member.value));
@@ -166,7 +206,9 @@ void Settings::fail(std::string_view key, const std::string& message) const {
 void Settings::finish() const {
   for (const auto& member : object_.value.GetObject()) {
     const std::string_view name = textOf(member.name);
-    if (known_.contains(name)) continue;
+    if (known_.contains(name)) {
+      continue;
+    }
     throw FileError(object_.file.keyPlaceOf(pointerTo(object_.pointer, name)),
                     fmt::format("\"{}\" is not known here; the keys are \"{}\"", name,
                                 fmt::join(known_, "\", \"")));

@@ -9,7 +9,9 @@ uint32_t crc32(View bytes) {
   uint32_t crc = UINT32_MAX;
   for (const uint8_t byte : bytes) {
     crc ^= byte;
-    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+    }
   }
   return ~crc;
 }

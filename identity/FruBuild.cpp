@@ -37,10 +37,16 @@ void addDate(Bytes& area, Config::Settings& fields) {
 // Whoever gave the settings finishes them.
 Bytes buildArea(const Fru::Area& format, Config::Settings& settings) {
   Bytes area = {Fru::kVersion, 0, 0};  // length; language, English
-  if (format.hasDate) addDate(area, settings);
-  for (const Fru::Field& field : format.fields) addField(area, settings, field.key);
+  if (format.hasDate) {
+    addDate(area, settings);
+  }
+  for (const Fru::Field& field : format.fields) {
+    addField(area, settings, field.key);
+  }
   area.push_back(Fru::kEndOfFields);
-  while (area.size() % Fru::kUnit != Fru::kUnit - 1) area.push_back(0);
+  while (area.size() % Fru::kUnit != Fru::kUnit - 1) {
+    area.push_back(0);
+  }
   area[Fru::kAreaLengthAt] = static_cast<uint8_t>((area.size() + 1) / Fru::kUnit);
   area.push_back(zeroChecksum(area));
   return area;
@@ -75,7 +81,9 @@ Bytes buildFru(Config::Settings& settings) {
     image.add(Fru::boardArea(), fields);
     fields.finish();
   }
-  if (!board || object.value.MemberCount() > 1) image.add(Fru::productArea(), product);
+  if (!board || object.value.MemberCount() > 1) {
+    image.add(Fru::productArea(), product);
+  }
   product.finish();
   return image.finish();
 }

@@ -35,7 +35,9 @@ class FruReader {
   Image read() {
     if (readHeader()) {
       for (const Fru::Area& area : Fru::areas()) {
-        if (const size_t begin = areaBegin(area.offsetAt, area.name)) readArea(area, begin);
+        if (const size_t begin = areaBegin(area.offsetAt, area.name)) {
+          readArea(area, begin);
+        }
       }
     }
     return std::move(image_);
@@ -72,7 +74,9 @@ class FruReader {
   // 0: there is none, or it is beyond the image.
   size_t areaBegin(size_t offsetAt, std::string_view name) {
     const size_t begin = bytes_[offsetAt] * Fru::kUnit;
-    if (begin < bytes_.size()) return begin;
+    if (begin < bytes_.size()) {
+      return begin;
+    }
     fault(offsetAt, fmt::format("the {} is cut off: it begins at 0x{:04X}, the image ends at "
                                 "0x{:04X}",
                                 name, begin, bytes_.size()));
@@ -105,8 +109,12 @@ class FruReader {
   void readArea(const Fru::Area& area, size_t begin) {
     expectByte(begin, Fru::kVersion, fmt::format("format version of the {}", area.name));
     const size_t end = fieldsEnd(area, begin);
-    if (begin + area.fieldsAt > end) return;
-    if (area.hasDate) addDate(area, begin + Fru::kDateAt);
+    if (begin + area.fieldsAt > end) {
+      return;
+    }
+    if (area.hasDate) {
+      addDate(area, begin + Fru::kDateAt);
+    }
     readFields(area, begin + area.fieldsAt, end);
   }
 
@@ -114,7 +122,9 @@ class FruReader {
     const View bytes = bytes_.subspan(at, Fru::kDateSize);
     const uint32_t minutes =
         uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16;
-    if (minutes == 0) return;
+    if (minutes == 0) {
+      return;
+    }
     image_.fields.push_back({at,
                              fmt::format("{}date", area.key),
                              "Manufacture Date",
@@ -124,14 +134,18 @@ class FruReader {
 
   void readFields(const Fru::Area& area, size_t at, size_t end) {
     for (size_t index = 0; at < end; ++index) {
-      if (bytes_[at] == Fru::kEndOfFields) return;
+      if (bytes_[at] == Fru::kEndOfFields) {
+        return;
+      }
       const size_t length = bytes_[at] & Fru::kLengthMask;
       if (length > end - at - 1) {
         fault(at, fmt::format("a field of the {} is cut off: {} bytes expected, {} found",
                               area.name, length, end - at - 1));
         return;
       }
-      if (length > 0) addField(area, index, at, bytes_.subspan(at + 1, length));
+      if (length > 0) {
+        addField(area, index, at, bytes_.subspan(at + 1, length));
+      }
       at += 1 + length;
     }
     fault(at, fmt::format("the end of the fields (0x{:02X}) expected, the end of the {} found",

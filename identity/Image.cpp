@@ -19,8 +19,12 @@ bool beginsAsTlvInfo(View bytes) {
 std::string_view nameOf(Format format) { return format == Format::kTlvInfo ? "TlvInfo" : "FRU"; }
 
 std::optional<Image> readImage(View bytes) {
-  if (beginsAsTlvInfo(bytes)) return readTlvInfo(bytes);
-  if (!bytes.empty() && bytes.front() == Fru::kVersion) return readFru(bytes);
+  if (beginsAsTlvInfo(bytes)) {
+    return readTlvInfo(bytes);
+  }
+  if (!bytes.empty() && bytes.front() == Fru::kVersion) {
+    return readFru(bytes);
+  }
   return std::nullopt;
 }
 

@@ -11,7 +11,9 @@ namespace Identity {
 std::string hexText(View bytes, char separator) {
   std::string text;
   for (const uint8_t byte : bytes) {
-    if (!text.empty()) text += separator;
+    if (!text.empty()) {
+      text += separator;
+    }
     text += fmt::format("{:02x}", byte);
   }
   return text;
@@ -24,9 +26,13 @@ std::string plainText(View bytes) {
 }
 
 std::string numberText(View bytes) {
-  if (bytes.empty() || bytes.size() > sizeof(uint64_t)) return hexText(bytes);
+  if (bytes.empty() || bytes.size() > sizeof(uint64_t)) {
+    return hexText(bytes);
+  }
   uint64_t number = 0;
-  for (const uint8_t byte : bytes) number = number << 8 | byte;
+  for (const uint8_t byte : bytes) {
+    number = number << 8 | byte;
+  }
   return std::to_string(number);
 }
 

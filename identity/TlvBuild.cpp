@@ -15,7 +15,9 @@ TlvRecord recordOf(const std::string& type, const Config::Item& value) {
     value.fail(fmt::format("\"{}\" is no type; write one from \"0x00\" to \"0xFD\"", type));
   }
   Bytes bytes = bytesOf(value);
-  if (bytes.size() > UINT8_MAX) value.fail("at most 255 bytes");
+  if (bytes.size() > UINT8_MAX) {
+    value.fail("at most 255 bytes");
+  }
   return {static_cast<uint8_t>(*number), std::move(bytes)};
 }
 
@@ -27,7 +29,9 @@ void append(Bytes& image, const TlvRecord& record) {
 
 size_t sizeOf(const std::vector<TlvRecord>& records) {
   size_t size = Tlv::kRecordHeaderSize + Tlv::kChecksumSize;
-  for (const TlvRecord& record : records) size += Tlv::kRecordHeaderSize + record.value.size();
+  for (const TlvRecord& record : records) {
+    size += Tlv::kRecordHeaderSize + record.value.size();
+  }
   return size;
 }
 
@@ -38,10 +42,14 @@ Bytes buildTlvInfo(const std::vector<TlvRecord>& records) {
   Bytes image(Tlv::kMagic.begin(), Tlv::kMagic.end());
   image.insert(image.end(),
                {Tlv::kVersion, static_cast<uint8_t>(length >> 8), static_cast<uint8_t>(length)});
-  for (const TlvRecord& record : records) append(image, record);
+  for (const TlvRecord& record : records) {
+    append(image, record);
+  }
   image.insert(image.end(), {Tlv::kChecksum, Tlv::kChecksumSize});
   const uint32_t crc = crc32(image);
-  for (int shift = 24; shift >= 0; shift -= 8) image.push_back(static_cast<uint8_t>(crc >> shift));
+  for (int shift = 24; shift >= 0; shift -= 8) {
+    image.push_back(static_cast<uint8_t>(crc >> shift));
+  }
   return image;
 }
 

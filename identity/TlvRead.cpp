@@ -122,7 +122,9 @@ class TlvReader {
   void checkSum(View value) {
     const size_t at = at_ + Tlv::kRecordHeaderSize;
     uint32_t found = 0;
-    for (const uint8_t byte : value) found = found << 8 | byte;
+    for (const uint8_t byte : value) {
+      found = found << 8 | byte;
+    }
     const uint32_t expected = crc32(bytes_.first(at));
     if (found != expected) {
       fault(at,

@@ -18,7 +18,9 @@ using Builder = Bytes (*)(Config::Settings& settings);
 // Quotes are written ' here.
 inline Bytes built(Builder build, std::string json) {
   for (char& c : json) {
-    if (c == '\'') c = '"';
+    if (c == '\'') {
+      c = '"';
+    }
   }
   const Config::JsonFile file = Config::JsonFile::parse("eeprom.json", json);
   Config::Settings settings(Config::Item{file, file.document(), ""});

@@ -20,18 +20,24 @@ class RoundTrip : public testing::Test {
   // Types that the standard gives no length.
   TlvRecord record() {
     TlvRecord record{static_cast<uint8_t>(0x30 + below(0xFD - 0x30)), Bytes(below(40))};
-    for (uint8_t& byte : record.value) byte = static_cast<uint8_t>(below(256));
+    for (uint8_t& byte : record.value) {
+      byte = static_cast<uint8_t>(below(256));
+    }
     return record;
   }
   std::vector<TlvRecord> records() {
     std::vector<TlvRecord> records(below(8));
-    for (TlvRecord& each : records) each = record();
+    for (TlvRecord& each : records) {
+      each = record();
+    }
     return records;
   }
   std::string text() {
     constexpr std::string_view kCharacters = "ABCxyz 019-_./";
     std::string text(2 + below(62), ' ');
-    for (char& c : text) c = kCharacters[below(kCharacters.size())];
+    for (char& c : text) {
+      c = kCharacters[below(kCharacters.size())];
+    }
     return text;
   }
 
@@ -64,7 +70,9 @@ TEST_F(RoundTrip, AFruSaysWhatItWasBuiltFrom) {
     std::string boardWords;
     const auto give = [&](const std::string& key, std::string& json, std::string& shown,
                           const std::string& prefix) {
-      if (below(3) == 0) return;
+      if (below(3) == 0) {
+        return;
+      }
       const std::string value = text();
       json += (json.empty() ? "'" : ", '") + key + "': '" + value + "'";
       shown += (shown.empty() ? "" : " ") + prefix + key + "=" + value;

@@ -77,7 +77,9 @@ void BoardControl::carryOut(Settings& request, Config::JsonLine& answer) {
   const Command* command = find(name);
   if (command == nullptr) {
     std::vector<std::string> known;
-    for (const Command& row : kCommands) known.emplace_back(row.name);
+    for (const Command& row : kCommands) {
+      known.emplace_back(row.name);
+    }
     throw BoardError(Board::unknownName("command", name, known));
   }
   if (board_ == nullptr) {
@@ -96,11 +98,15 @@ void BoardControl::note(std::string_view text) {
 void BoardControl::list(Settings& request, Config::JsonLine& answer) {
   request.finish();
   reportBoard(*board_, answer);
-  if (const auto progress = board_->scenarios().progress()) reportScenario(*progress, answer);
+  if (const auto progress = board_->scenarios().progress()) {
+    reportScenario(*progress, answer);
+  }
 }
 
 void BoardControl::get(Settings& request, Config::JsonLine& answer) {
-  if (request.has("chip")) return getRegister(request, answer);
+  if (request.has("chip")) {
+    return getRegister(request, answer);
+  }
   const std::string name = leverNamed(*board_, request.text("name"));
   request.finish();
   answer.put("value", board_->get(name).value_or(0));
@@ -112,23 +118,31 @@ void BoardControl::getRegister(Settings& request, Config::JsonLine& answer) {
   request.finish();
   requireChip(*board_, label);
   const std::optional<Board::Register> found = board_->peek(label, number);
-  if (!found) throw BoardError(fmt::format("\"{}\" has no register 0x{:02x}", label, number));
+  if (!found) {
+    throw BoardError(fmt::format("\"{}\" has no register 0x{:02x}", label, number));
+  }
   answer.put("value", uint64_t{found->value});
   answer.put("bits", uint64_t{found->bits});
 }
 
 void BoardControl::set(Settings& request, Config::JsonLine& /*answer*/) {
-  if (request.has("chip")) return setRegister(request);
+  if (request.has("chip")) {
+    return setRegister(request);
+  }
   const std::string name = leverNamed(*board_, request.text("name"));
   constexpr double kMost = 1e12;
-  if (!request.has("value")) request.fail("value", "add the key \"value\", a number");
+  if (!request.has("value")) {
+    request.fail("value", "add the key \"value\", a number");
+  }
   const double value = request.real("value", -kMost, kMost, 0);
   request.finish();
   const int error = board_->set(name, value);
   if (error == EPERM) {
     throw BoardError(fmt::format("\"{}\" follows from the others and can only be read", name));
   }
-  if (error == ERANGE) throw BoardError(fmt::format("{} is out of range for \"{}\"", value, name));
+  if (error == ERANGE) {
+    throw BoardError(fmt::format("{} is out of range for \"{}\"", value, name));
+  }
   note(fmt::format("{} is {}", name, value));
 }
 
@@ -162,7 +176,9 @@ void BoardControl::event(Settings& request, Config::JsonLine& /*answer*/) {
 void BoardControl::wire(Settings& request, Config::JsonLine& answer) {
   const std::string name = request.text("name");
   enum : size_t { kLow, kHigh, kRelease };
-  if (!request.has("level")) request.fail("level", "add the key \"level\"");
+  if (!request.has("level")) {
+    request.fail("level", "add the key \"level\"");
+  }
   const size_t level = request.choice("level", {"low", "high", "release"});
   request.finish();
   requireWire(*board_, name);
@@ -220,7 +236,9 @@ void BoardControl::scenario(Settings& request, Config::JsonLine& answer) {
 
 void BoardControl::stop(Settings& request, Config::JsonLine& /*answer*/) {
   request.finish();
-  if (!board_->scenarios().stop()) throw BoardError("no scenario runs");
+  if (!board_->scenarios().stop()) {
+    throw BoardError("no scenario runs");
+  }
   note("the scenario is stopped");
 }
 

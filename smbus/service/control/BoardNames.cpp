@@ -17,19 +17,25 @@ using Board::VirtualBoard;
 
 std::vector<std::string> labelsOf(const VirtualBoard& board) {
   std::vector<std::string> labels;
-  for (const Board::ChipInfo& chip : board.chips()) labels.push_back(chip.label);
+  for (const Board::ChipInfo& chip : board.chips()) {
+    labels.push_back(chip.label);
+  }
   return labels;
 }
 
 std::vector<std::string> wiresOf(const VirtualBoard& board) {
   std::vector<std::string> names;
-  for (const Board::NetInfo& net : board.nets()) names.push_back(net.name);
+  for (const Board::NetInfo& net : board.nets()) {
+    names.push_back(net.name);
+  }
   return names;
 }
 
 std::vector<std::string> quantitiesOf(const VirtualBoard& board, const std::string& label) {
   std::vector<std::string> names;
-  for (const auto& quantity : board.quantities(label)) names.push_back(quantity.name);
+  for (const auto& quantity : board.quantities(label)) {
+    names.push_back(quantity.name);
+  }
   return names;
 }
 
@@ -44,7 +50,9 @@ void require(std::string_view what, const std::string& name,
 size_t endOfLabel(const VirtualBoard& board, const std::string& name) {
   for (size_t end = name.find_first_of(".:"); end != std::string::npos;
        end = name.find_first_of(".:", end + 1)) {
-    if (board.chip(name.substr(0, end)) != nullptr) return end;
+    if (board.chip(name.substr(0, end)) != nullptr) {
+      return end;
+    }
   }
   return std::string::npos;
 }
@@ -64,7 +72,9 @@ void requireEvent(const VirtualBoard& board, const std::string& name) {
 }
 
 std::string leverNamed(const VirtualBoard& board, const std::string& name) {
-  if (board.get(name)) return name;
+  if (board.get(name)) {
+    return name;
+  }
   if (board.chip(name) != nullptr) {
     throw BoardError(
         fmt::format("say which register or quantity of \"{}\"; it has the quantities {}", name,
@@ -78,7 +88,9 @@ std::string leverNamed(const VirtualBoard& board, const std::string& name) {
     return label + ":" + quantity;
   }
   const size_t dot = name.find_first_of(".:");
-  if (dot != std::string::npos) requireChip(board, name.substr(0, dot));
+  if (dot != std::string::npos) {
+    requireChip(board, name.substr(0, dot));
+  }
   requireWire(board, name);
   return name;
 }

@@ -32,7 +32,9 @@ void putFault(const FaultReport& fault, Time now, Config::JsonLine& answer) {
     return static_cast<uint64_t>(std::chrono::duration_cast<Milliseconds>(time).count());
   };
   const auto putUnless = [&](std::string_view key, uint64_t value, uint64_t usual) {
-    if (value != usual) answer.put(key, value);
+    if (value != usual) {
+      answer.put(key, value);
+    }
   };
   answer.put("id", uint64_t{fault.id});
   answer.put("kind", rowOf(order.kind).name);
@@ -41,7 +43,9 @@ void putFault(const FaultReport& fault, Time now, Config::JsonLine& answer) {
   putUnless("count", order.count, 0);
   putUnless("bytes", order.bytes, 0);
   putUnless("ms", milliseconds(order.delay), 0);
-  if (order.kind == FaultKind::kFanStall) answer.put("fan", uint64_t{order.fan});
+  if (order.kind == FaultKind::kFanStall) {
+    answer.put("fan", uint64_t{order.fan});
+  }
   answer.put("accesses", fault.accesses);
   answer.put("strikes", fault.strikes);
   if (fault.until != kNever) {
@@ -66,7 +70,9 @@ void putCounts(const KindCounts& counts, const VirtualBus& bus, Config::JsonLine
   std::vector<OperationKind> used;
   for (size_t i = 0; i < kOperationKinds; ++i) {
     const auto kind = static_cast<OperationKind>(i);
-    if (counts.of(kind).transfers > 0) used.push_back(kind);
+    if (counts.of(kind).transfers > 0) {
+      used.push_back(kind);
+    }
   }
   answer.list("kinds", used, [&](OperationKind kind) {
     answer.object([&] {
@@ -87,7 +93,9 @@ void putBus(const VirtualBoard& board, const VirtualBus& bus, Config::JsonLine& 
   answer.object([&] { putCount(counts.unanswered.total(), bus, answer); });
   std::vector<std::string> labels;
   for (const ChipInfo& chip : board.chips()) {
-    if (chip.bus == bus.name()) labels.push_back(chip.label);
+    if (chip.bus == bus.name()) {
+      labels.push_back(chip.label);
+    }
   }
   answer.list("chips", labels, [&](const std::string& label) {
     answer.object([&] {

@@ -22,7 +22,9 @@ constexpr size_t kPiece = 16 * 1024;  // bytes received at a time
 bool later(int error) { return error == EAGAIN || error == EWOULDBLOCK || error == EINTR; }
 
 int pollTimeout(TimePoint now, TimePoint until) {
-  if (until == TimePoint::max()) return -1;
+  if (until == TimePoint::max()) {
+    return -1;
+  }
   const auto left = std::chrono::ceil<Milliseconds>(until - now).count();
   return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
 }
@@ -66,16 +68,24 @@ void ControlSocket::serve() {
       const short events = client.out.empty() ? POLLIN : POLLOUT;
       watched.push_back({client.socket.get(), events, 0});
       until = std::min(until, client.deadline);
-      if (client.out.empty() && hasLine(client)) until = clock_.now();
+      if (client.out.empty() && hasLine(client)) {
+        until = clock_.now();
+      }
     }
     (void)::poll(watched.data(), watched.size(), pollTimeout(clock_.now(), until));
-    if (watched[0].revents != 0) return;
+    if (watched[0].revents != 0) {
+      return;
+    }
     const TimePoint now = clock_.now();
     size_t i = 2;
-    for (Client& client : clients_) turn(client, watched[i++].revents, now);
+    for (Client& client : clients_) {
+      turn(client, watched[i++].revents, now);
+    }
     clients_.remove_if(
         [](const Client& client) { return client.over && client.out.empty() && !hasLine(client); });
-    if (watched[1].revents != 0) accept();
+    if (watched[1].revents != 0) {
+      accept();
+    }
   }
 }
 
@@ -83,7 +93,9 @@ void ControlSocket::accept() {
   Descriptor socket(
       ::accept4(listening_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
   if (!socket.valid()) {
-    if (!later(errno)) clock_.sleep(Milliseconds(10));  // out of descriptors: not to spin
+    if (!later(errno)) {
+      clock_.sleep(Milliseconds(10));  // out of descriptors: not to spin
+    }
     return;
   }
   Client& client = clients_.emplace_back();
@@ -99,10 +111,14 @@ void ControlSocket::accept() {
 void ControlSocket::turn(Client& client, short events, TimePoint now) {
   bool progress = false;
   if (client.out.empty()) {
-    if (events != 0 && !hasLine(client)) progress = receive(client);
+    if (events != 0 && !hasLine(client)) {
+      progress = receive(client);
+    }
     answerLine(client);
   }
-  if (!client.out.empty()) send(client);
+  if (!client.out.empty()) {
+    send(client);
+  }
   watchTime(client, progress, now);
 }
 
@@ -113,7 +129,9 @@ bool ControlSocket::receive(Client& client) {
     client.in.append(piece.data(), static_cast<size_t>(received));
     return true;
   }
-  if (received == 0 || !later(errno)) client.over = true;
+  if (received == 0 || !later(errno)) {
+    client.over = true;
+  }
   return false;
 }
 

@@ -40,7 +40,9 @@ class ControlledServiceTest : public testing::Test {
 
   // The answer to a request, which is given with single quotes.
   std::string control(std::string request) {
-    for (char& c : request) c = c == '\'' ? '"' : c;
+    for (char& c : request) {
+      c = c == '\'' ? '"' : c;
+    }
     control_->say(request + "\n");
     return control_->hear().value_or("closed");
   }
@@ -49,10 +51,16 @@ class ControlledServiceTest : public testing::Test {
   std::string read(uint32_t bus = kChipBus, uint8_t device = kChipAddress, bool pec = true) {
     Smbus::TransactionRequest message;
     Smbus::Request& request = addRead(message, device, kChipRegister, 1, {.bus = bus});
-    if (pec) request.set_addr(SmbusAddress::kReadFlag.set(request.addr(), 1));
+    if (pec) {
+      request.set_addr(SmbusAddress::kReadFlag.set(request.addr(), 1));
+    }
     const auto answer = client_->call(message);
-    if (!answer) return "closed";
-    if (answer->failed()) return answer->reason();
+    if (!answer) {
+      return "closed";
+    }
+    if (answer->failed()) {
+      return answer->reason();
+    }
     return answer->response(0).data() == std::string(1, kChipValue) ? "" : "another value";
   }
 
@@ -78,7 +86,9 @@ TEST_P(EachFaultTest, IsSeenByTheClientUntilItIsCleared) {
   EXPECT_THAT(read(), HasSubstr(broken.reason));
   EXPECT_EQ(read(kOtherBus, kChipAddress, false), "");
   EXPECT_THAT(control("{'command': 'clear', 'what': 'all'}"), HasSubstr("\"cleared\":1"));
-  while (read().find("the bus hangs") != std::string::npos) std::this_thread::yield();
+  while (read().find("the bus hangs") != std::string::npos) {
+    std::this_thread::yield();
+  }
   EXPECT_EQ(read(), "");
 }
 

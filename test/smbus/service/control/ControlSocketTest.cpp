@@ -122,7 +122,9 @@ TEST_F(ControlSocketTest, AnyBytesAreALine) {
   LineClient client(path_);
   std::string bytes;
   for (int i = 1; i < 256; ++i) {
-    if (i != '\n') bytes.push_back(static_cast<char>(i));
+    if (i != '\n') {
+      bytes.push_back(static_cast<char>(i));
+    }
   }
   client.say(bytes + "\n\n");
   EXPECT_THAT(client.hear(), Optional("heard " + bytes));
@@ -140,7 +142,9 @@ TEST(ControlSocketDue, WhatIsDueHappensWithoutAnyRequest) {
         ++happened;
         return clock.now() + Milliseconds(1);
       });
-  while (happened < 3) std::this_thread::yield();
+  while (happened < 3) {
+    std::this_thread::yield();
+  }
 }
 
 }  // namespace

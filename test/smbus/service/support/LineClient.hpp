@@ -28,7 +28,9 @@ class LineClient {
   void say(std::string_view bytes) const {
     while (!bytes.empty()) {
       const ssize_t sent = ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
-      if (sent <= 0) return;
+      if (sent <= 0) {
+        return;
+      }
       bytes.remove_prefix(static_cast<size_t>(sent));
     }
   }
@@ -45,7 +47,9 @@ class LineClient {
       }
       char piece[4096];
       const ssize_t received = ::recv(socket_.get(), piece, sizeof piece, 0);
-      if (received <= 0) return std::nullopt;
+      if (received <= 0) {
+        return std::nullopt;
+      }
       heard_.append(piece, static_cast<size_t>(received));
     }
   }

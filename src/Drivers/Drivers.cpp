@@ -22,12 +22,24 @@ std::string textOf(double number) {
 // A setting as text. An integer that fits neither 32-bit range has none, like null, an array and an
 // object.
 std::string textOf(const rapidjson::Value& value) {
-  if (value.IsInt()) return std::to_string(value.GetInt());
-  if (value.IsUint()) return std::to_string(value.GetUint());
-  if (value.IsString()) return value.GetString();
-  if (value.IsDouble()) return textOf(value.GetDouble());
-  if (value.IsFalse()) return "false";
-  if (value.IsTrue()) return "true";
+  if (value.IsInt()) {
+    return std::to_string(value.GetInt());
+  }
+  if (value.IsUint()) {
+    return std::to_string(value.GetUint());
+  }
+  if (value.IsString()) {
+    return value.GetString();
+  }
+  if (value.IsDouble()) {
+    return textOf(value.GetDouble());
+  }
+  if (value.IsFalse()) {
+    return "false";
+  }
+  if (value.IsTrue()) {
+    return "true";
+  }
   return "";
 }
 

@@ -30,7 +30,9 @@ void Agenda::runNow() {
 bool Agenda::takeDue(Time& due, Action& action) {
   const std::scoped_lock lock(mutex_);
   const auto first = entries_.begin();
-  if (first == entries_.end() || first->first > clock_.now()) return false;
+  if (first == entries_.end() || first->first > clock_.now()) {
+    return false;
+  }
   due = underWay_ = first->first;
   action = std::move(first->second);
   entries_.erase(first);

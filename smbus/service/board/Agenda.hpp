@@ -35,7 +35,9 @@ class Agenda {
   // bus's chips.
   void runDue() {
     const Time next = nextDue();
-    if (next != kNever && clock_.now() >= next) runNow();
+    if (next != kNever && clock_.now() >= next) {
+      runNow();
+    }
   }
 
  private:

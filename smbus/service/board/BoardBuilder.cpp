@@ -21,11 +21,17 @@ const ChipModel& modelOf(Settings& settings) {
 
 // A lever's value: a number, true and false for 1 and 0, or a text that becomes a number.
 double valueOf(const Item& item, const Variables& variables) {
-  if (item.value.IsBool()) return item.value.GetBool() ? 1 : 0;
-  if (item.value.IsNumber()) return item.value.GetDouble();
+  if (item.value.IsBool()) {
+    return item.value.GetBool() ? 1 : 0;
+  }
+  if (item.value.IsNumber()) {
+    return item.value.GetDouble();
+  }
   const auto number = item.value.IsString() ? parseNumber(variables.fill(item.text(), item))
                                             : std::optional<uint32_t>();
-  if (!number) item.fail("write true, false or a number");
+  if (!number) {
+    item.fail("write true, false or a number");
+  }
   return *number;
 }
 
@@ -144,8 +150,12 @@ void BoardBuilder::connect(const Item& item, const std::string& name, Net& net,
 
 // Every chip can be taken out of its seat, and some have more to do about it than vanish.
 bool BoardBuilder::connect(Seat& seat, std::string_view pin, Net& net, bool inverted) {
-  if (seat.chip->connect(pin, net, inverted)) return true;
-  if (pin != "present" || seat.present.connected()) return false;
+  if (seat.chip->connect(pin, net, inverted)) {
+    return true;
+  }
+  if (pin != "present" || seat.present.connected()) {
+    return false;
+  }
   seat.present.connect(net, inverted);
   return true;
 }
@@ -156,7 +166,9 @@ void BoardBuilder::addEvent(const std::string& pattern, const Item& item,
   BoardEvent event;
   for (const auto& member : item.value.GetObject()) {
     const std::string lever = keyOf(member.name);
-    if (lever == kRepetitionKey) continue;
+    if (lever == kRepetitionKey) {
+      continue;
+    }
     event.changes.push_back(change(lever, item.member(lever, member.value), variables));
   }
   if (!board_.events_.emplace(name, std::move(event)).second) {
@@ -167,7 +179,9 @@ void BoardBuilder::addEvent(const std::string& pattern, const Item& item,
 // The board starts as if these events had happened.
 void BoardBuilder::begin(const Item& item) {
   const std::string name = item.text();
-  if (!board_.happen(name)) item.fail(fmt::format("there is no event \"{}\"", name));
+  if (!board_.happen(name)) {
+    item.fail(fmt::format("there is no event \"{}\"", name));
+  }
 }
 
 BoardEvent::Change BoardBuilder::change(const std::string& pattern, const Item& item,

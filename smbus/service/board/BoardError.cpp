@@ -37,12 +37,18 @@ size_t distance(std::string_view from, std::string_view to) {
 // Those that are near enough to be meant, by a slip of the finger: the nearest.
 std::vector<std::string> similar(std::string_view name, const std::vector<std::string>& known) {
   std::vector<std::string> nearest;
-  if (name.size() > kLongestCompared) return nearest;
+  if (name.size() > kLongestCompared) {
+    return nearest;
+  }
   size_t least = SIZE_MAX;
   for (const std::string& other : known) {
     const size_t away = distance(name, other);
-    if (away > (std::min(name.size(), other.size()) + 2) / 3 || away > least) continue;
-    if (away < least) nearest.clear();
+    if (away > (std::min(name.size(), other.size()) + 2) / 3 || away > least) {
+      continue;
+    }
+    if (away < least) {
+      nearest.clear();
+    }
     least = away;
     nearest.push_back(other);
   }
@@ -51,7 +57,9 @@ std::vector<std::string> similar(std::string_view name, const std::vector<std::s
 
 std::string quoted(std::vector<std::string> names, std::string_view between) {
   const bool all = names.size() <= kMostListed;
-  if (!all) names.resize(kMostListed);
+  if (!all) {
+    names.resize(kMostListed);
+  }
   return fmt::format("\"{}\"{}", fmt::join(names, fmt::format("\"{}\"", between)),
                      all ? "" : " and more");
 }
@@ -62,8 +70,12 @@ std::string unknownName(std::string_view what, std::string_view name,
                         const std::vector<std::string>& known) {
   const std::vector<std::string> meant = similar(name, known);
   const std::string none = fmt::format("there is no {} \"{}\"", what, name);
-  if (!meant.empty()) return fmt::format("{}; did you mean {}?", none, quoted(meant, " or "));
-  if (known.empty()) return fmt::format("{}; the board has none", none);
+  if (!meant.empty()) {
+    return fmt::format("{}; did you mean {}?", none, quoted(meant, " or "));
+  }
+  if (known.empty()) {
+    return fmt::format("{}; the board has none", none);
+  }
   return fmt::format("{}; there are {}", none, quoted(known, ", "));
 }
 

@@ -31,7 +31,9 @@ const ChipModel* findChipModel(std::string_view name) {
 
 std::vector<std::string_view> chipModelNames() {
   std::vector<std::string_view> names;
-  for (const ChipModel& model : kModels) names.push_back(model.name);
+  for (const ChipModel& model : kModels) {
+    names.push_back(model.name);
+  }
   return names;
 }
 

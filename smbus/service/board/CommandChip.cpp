@@ -4,8 +4,12 @@
 namespace SmbusService::Board {
 
 bool CommandChip::start(bool read) {
-  if (!answers()) return false;
-  if (idle_) pec_.reset();
+  if (!answers()) {
+    return false;
+  }
+  if (idle_) {
+    pec_.reset();
+  }
   idle_ = false;
   pec_.add(static_cast<uint8_t>((address_ << 1) | (read ? 1 : 0)));
   if (read) {
@@ -23,7 +27,9 @@ bool CommandChip::start(bool read) {
 // How many bytes of data the command takes, as far as that is known yet.
 size_t CommandChip::expected() const {
   const size_t size = writeSize(command_).value_or(0);
-  if (size != kBlock) return size;
+  if (size != kBlock) {
+    return size;
+  }
   return size_ == 0 ? 1 : 1 + size_t{data_[0]};
 }
 
@@ -32,14 +38,22 @@ bool CommandChip::acceptCommand(uint8_t byte) {
   command_ = byte;
   pec_.add(byte);
   writing_ = writeSize(byte).has_value();
-  if (!writing_) faulted(Fault::kUnknownCommand);
+  if (!writing_) {
+    faulted(Fault::kUnknownCommand);
+  }
   return writing_;
 }
 
 bool CommandChip::write(uint8_t byte) {
-  if (commandNext_) return acceptCommand(byte);
-  if (!writing_) return false;
-  if (size_ == expected()) return acceptPec(byte);
+  if (commandNext_) {
+    return acceptCommand(byte);
+  }
+  if (!writing_) {
+    return false;
+  }
+  if (size_ == expected()) {
+    return acceptPec(byte);
+  }
   data_[size_++] = byte;
   pec_.add(byte);
   return true;
@@ -47,7 +61,9 @@ bool CommandChip::write(uint8_t byte) {
 
 bool CommandChip::acceptPec(uint8_t byte) {
   writing_ = false;
-  if (byte == pec_.value()) return carryOut();
+  if (byte == pec_.value()) {
+    return carryOut();
+  }
   faulted(Fault::kWrongPec);
   return false;
 }
@@ -64,7 +80,9 @@ uint8_t CommandChip::read() {
     pec_.add(byte);
     return byte;
   }
-  if (answerSize_ == 0 || answerNext_ > answerSize_) return 0xFF;
+  if (answerSize_ == 0 || answerNext_ > answerSize_) {
+    return 0xFF;
+  }
   ++answerNext_;
   return pecSpoilt_ ? static_cast<uint8_t>(~pec_.value()) : pec_.value();
 }

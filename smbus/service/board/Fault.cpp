@@ -47,7 +47,9 @@ constexpr std::array kKinds = {
 template <typename Rows, typename Member>
 constexpr bool inOrder(const Rows& rows, Member member) {
   for (size_t i = 0; i < rows.size(); ++i) {
-    if (static_cast<size_t>(rows[i].*member) != i) return false;
+    if (static_cast<size_t>(rows[i].*member) != i) {
+      return false;
+    }
   }
   return true;
 }
@@ -59,7 +61,9 @@ static_assert(inOrder(kKinds, &FaultKindRow::kind) &&
 bool takes(const FaultKindRow& kind, std::string_view key) {
   for (std::string_view keys = kind.options; !keys.empty();) {
     const size_t end = std::min(keys.find(' '), keys.size());
-    if (keys.substr(0, end) == key) return true;
+    if (keys.substr(0, end) == key) {
+      return true;
+    }
     keys.remove_prefix(std::min(end + 1, keys.size()));
   }
   return false;
@@ -74,8 +78,12 @@ uint32_t read(Settings& settings, const FaultKindRow& kind, FaultOption option, 
 
 FaultKind readKind(Settings& settings) {
   std::vector<std::string_view> names;
-  for (const FaultKindRow& row : kKinds) names.push_back(row.name);
-  if (!settings.has("kind")) settings.fail("kind", "add the key \"kind\"");
+  for (const FaultKindRow& row : kKinds) {
+    names.push_back(row.name);
+  }
+  if (!settings.has("kind")) {
+    settings.fail("kind", "add the key \"kind\"");
+  }
   return static_cast<FaultKind>(settings.choice("kind", names));
 }
 

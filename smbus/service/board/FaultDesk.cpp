@@ -17,15 +17,21 @@ std::string leverOf(const FaultOrder& order) {
 
 std::vector<std::string> targetsOf(const VirtualBoard& board, const FaultKindRow& kind) {
   std::vector<std::string> names;
-  if (kind.ofBuses) names = board.busNames();
+  if (kind.ofBuses) {
+    names = board.busNames();
+  }
   if (kind.ofChips) {
-    for (const ChipInfo& chip : board.chips()) names.push_back(chip.label);
+    for (const ChipInfo& chip : board.chips()) {
+      names.push_back(chip.label);
+    }
   }
   return names;
 }
 
 const char* targetWord(const FaultKindRow& kind) {
-  if (!kind.ofBuses) return "chip";
+  if (!kind.ofBuses) {
+    return "chip";
+  }
   return kind.ofChips ? "chip or bus" : "bus";
 }
 
@@ -55,12 +61,16 @@ std::string FaultDesk::complaint(const FaultOrder& order, const VirtualBoard& bo
 
 uint32_t FaultDesk::inject(const FaultOrder& order, Time now) {
   const std::string wrong = complaint(order, board_);
-  if (!wrong.empty()) throw BoardError(wrong);
+  if (!wrong.empty()) {
+    throw BoardError(wrong);
+  }
   const Time until = endOf(order, now);
   uint32_t id = 0;
   {
     const std::scoped_lock lock(mutex_);
-    if (closed_) throw BoardError("the board is being switched off");
+    if (closed_) {
+      throw BoardError("the board is being switched off");
+    }
     id = ++lastId_;
     if (order.kind == FaultKind::kFanStall) {
       stall({id, order, until, leverOf(order), 0});
@@ -83,7 +93,9 @@ void FaultDesk::stall(Stall stall) {
 // Of several faults of one fan the last that ends gives it back as the first has found it.
 bool FaultDesk::endStall(uint32_t id) {
   const auto found = std::ranges::find(stalls_, id, &Stall::id);
-  if (found == stalls_.end()) return false;
+  if (found == stalls_.end()) {
+    return false;
+  }
   const Stall ended = *found;
   stalls_.erase(found);
   const auto other = std::ranges::find(stalls_, ended.lever, &Stall::lever);
@@ -98,7 +110,9 @@ bool FaultDesk::endStall(uint32_t id) {
 std::vector<FaultReport> FaultDesk::inForce() const {
   std::vector<FaultReport> reports;
   for (const std::string& name : board_.busNames()) {
-    for (const BusFault& fault : board_.bus(name)->faults()) reports.push_back(reportOf(fault));
+    for (const BusFault& fault : board_.bus(name)->faults()) {
+      reports.push_back(reportOf(fault));
+    }
   }
   {
     const std::scoped_lock lock(mutex_);
@@ -113,7 +127,9 @@ std::vector<FaultReport> FaultDesk::inForce() const {
 bool FaultDesk::clear(uint32_t id) {
   {
     const std::scoped_lock lock(mutex_);
-    if (endStall(id)) return true;
+    if (endStall(id)) {
+      return true;
+    }
   }
   return std::ranges::any_of(board_.busNames(), [&](const std::string& name) {
     return board_.bus(name)->removeFault(id);
@@ -124,7 +140,9 @@ size_t FaultDesk::clearAll(std::string_view target) {
   size_t cleared = 0;
   for (const FaultReport& fault : inForce()) {
     const bool meant = target.empty() || fault.order.target == target;
-    if (meant && clear(fault.id)) ++cleared;
+    if (meant && clear(fault.id)) {
+      ++cleared;
+    }
   }
   return cleared;
 }

@@ -25,8 +25,9 @@ class Net {
   void drive(bool level) {
     uint32_t state = state_.load(std::memory_order_relaxed);
     while (((state & 1) != 0) != level) {
-      if (!state_.compare_exchange_weak(state, (state ^ 1) + 2, std::memory_order_acq_rel))
+      if (!state_.compare_exchange_weak(state, (state ^ 1) + 2, std::memory_order_acq_rel)) {
         continue;
+      }
       changesOfAll_.fetch_add(1, std::memory_order_release);
       return;
     }
@@ -55,10 +56,14 @@ class Pin {
   }
   [[nodiscard]] uint32_t changes() const { return net_ == nullptr ? 0 : net_->changes(); }
   void drive(bool level) {
-    if (net_ != nullptr) net_->drive(level != inverted_);
+    if (net_ != nullptr) {
+      net_->drive(level != inverted_);
+    }
   }
   void release() {
-    if (net_ != nullptr) net_->release();
+    if (net_ != nullptr) {
+      net_->release();
+    }
   }
 
  private:

@@ -16,7 +16,9 @@ class PointerChip : public Chip {
     return true;
   }
   [[nodiscard]] bool write(uint8_t byte) override {
-    if (!pointerNext_) return store(byte);
+    if (!pointerNext_) {
+      return store(byte);
+    }
     pointerNext_ = false;
     return select(byte);
   }

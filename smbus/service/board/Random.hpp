@@ -20,7 +20,9 @@ namespace SmbusService::Board {
 
 // A seed of its own for each name.
 [[nodiscard]] constexpr uint64_t seedFor(uint64_t seed, std::string_view name) {
-  for (const char c : name) seed = mix(seed ^ static_cast<uint8_t>(c));
+  for (const char c : name) {
+    seed = mix(seed ^ static_cast<uint8_t>(c));
+  }
   return mix(seed);
 }
 

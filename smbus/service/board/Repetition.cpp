@@ -30,8 +30,12 @@ class Expression {
 
   int64_t value() {
     const int64_t result = sum();
-    if (!rest_.empty()) fail(fmt::format("\"{}\" is left over", rest_));
-    if (result < 0) fail(fmt::format("it is {}, below 0", result));
+    if (!rest_.empty()) {
+      fail(fmt::format("\"{}\" is left over", rest_));
+    }
+    if (result < 0) {
+      fail(fmt::format("it is {}, below 0", result));
+    }
     return result;
   }
 
@@ -41,7 +45,9 @@ class Expression {
   }
 
   bool take(char c) {
-    if (rest_.empty() || rest_.front() != c) return false;
+    if (rest_.empty() || rest_.front() != c) {
+      return false;
+    }
     rest_.remove_prefix(1);
     return true;
   }
@@ -55,7 +61,9 @@ class Expression {
   }
 
   int64_t bounded(int64_t number) const {
-    if (number > Variables::kMost || number < -Variables::kMost) fail("a number is too large");
+    if (number > Variables::kMost || number < -Variables::kMost) {
+      fail("a number is too large");
+    }
     return number;
   }
 
@@ -89,22 +97,34 @@ class Expression {
 
   int64_t divisor() {
     const int64_t number = factor();
-    if (number == 0) fail("it divides by 0");
+    if (number == 0) {
+      fail("it divides by 0");
+    }
     return number;
   }
 
   int64_t factor() {
-    if (take('(')) return parenthesis();
-    if (const std::string_view digits = takeWhile(isDigit); !digits.empty()) return number(digits);
-    if (const std::string_view name = takeWhile(isLetter); !name.empty()) return variable(name);
+    if (take('(')) {
+      return parenthesis();
+    }
+    if (const std::string_view digits = takeWhile(isDigit); !digits.empty()) {
+      return number(digits);
+    }
+    if (const std::string_view name = takeWhile(isLetter); !name.empty()) {
+      return variable(name);
+    }
     fail(rest_.empty() ? "a number or a variable is missing at its end"
                        : fmt::format("a number or a variable is missing before \"{}\"", rest_));
   }
 
   int64_t parenthesis() {
-    if (++depth_ > kDeepest) fail("too many parentheses");
+    if (++depth_ > kDeepest) {
+      fail("too many parentheses");
+    }
     const int64_t result = sum();
-    if (!take(')')) fail("a \")\" is missing");
+    if (!take(')')) {
+      fail("a \")\" is missing");
+    }
     --depth_;
     return result;
   }
@@ -136,7 +156,9 @@ std::string Variables::fill(std::string_view text, const Item& where) const {
   std::string filled;
   for (size_t open = text.find('{'); open != std::string_view::npos; open = text.find('{')) {
     const size_t close = text.find('}', open);
-    if (close == std::string_view::npos) where.fail(fmt::format("\"{}\" lacks a \"}}\"", text));
+    if (close == std::string_view::npos) {
+      where.fail(fmt::format("\"{}\" lacks a \"}}\"", text));
+    }
     filled += text.substr(0, open);
     filled +=
         std::to_string(Expression(text.substr(open + 1, close - open - 1), values_, where).value());
@@ -165,7 +187,9 @@ void repeat(const Item& item, const std::function<void(const Variables&)>& visit
     }
     all = std::move(further);
   });
-  for (const Variables& variables : all) visit(variables);
+  for (const Variables& variables : all) {
+    visit(variables);
+  }
 }
 
 }  // namespace SmbusService::Board

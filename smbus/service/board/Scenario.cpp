@@ -17,15 +17,21 @@ using Act = std::function<void(VirtualBoard& board, Time now)>;
 constexpr uint32_t kWeek = 604'800'000;  // ms
 
 double valueOf(const Item& item) {
-  if (item.value.IsBool()) return item.value.GetBool() ? 1 : 0;
-  if (!item.value.IsNumber()) item.fail("write true, false or a number");
+  if (item.value.IsBool()) {
+    return item.value.GetBool() ? 1 : 0;
+  }
+  if (!item.value.IsNumber()) {
+    item.fail("write true, false or a number");
+  }
   return item.value.GetDouble();
 }
 
 Act happens(const Item& item, const VirtualBoard& board) {
   const std::string name = item.text();
   const std::vector<std::string> known = board.eventNames();
-  if (std::ranges::find(known, name) == known.end()) item.fail(unknownName("event", name, known));
+  if (std::ranges::find(known, name) == known.end()) {
+    item.fail(unknownName("event", name, known));
+  }
   return [name](VirtualBoard& of, Time) { static_cast<void>(of.happen(name)); };
 }
 
@@ -45,7 +51,9 @@ Act breaks(const Item& item, const VirtualBoard& board) {
   const FaultOrder order = readFaultOrder(settings);
   settings.finish();
   const std::string complaint = FaultDesk::complaint(order, board);
-  if (!complaint.empty()) settings.fail("target", complaint);
+  if (!complaint.empty()) {
+    settings.fail("target", complaint);
+  }
   return [order](VirtualBoard& of, Time now) { of.faults().inject(order, now); };
 }
 
@@ -69,11 +77,17 @@ Act readDeed(const Item& item, Settings& settings, const VirtualBoard& board) {
   Act act;
   for (const Deed& deed : kDeeds) {
     const std::optional<Item> found = settings.find(deed.key);
-    if (!found) continue;
-    if (act) found->fail("a step does one thing; write another step for this");
+    if (!found) {
+      continue;
+    }
+    if (act) {
+      found->fail("a step does one thing; write another step for this");
+    }
     act = deed.read(*found, board);
   }
-  if (!act) item.fail("say what happens: \"event\", \"set\", \"fault\" or \"clear\"");
+  if (!act) {
+    item.fail("say what happens: \"event\", \"set\", \"fault\" or \"clear\"");
+  }
   return act;
 }
 
@@ -88,7 +102,9 @@ Interval intervalOf(const Item& item) {
     const uint32_t number = item.number(1, kWeek);
     return {number, number};
   }
-  if (item.value.Size() != 2) item.fail("write one number, or the least and the most");
+  if (item.value.Size() != 2) {
+    item.fail("write one number, or the least and the most");
+  }
   const uint32_t least = item.element(0).number(1, kWeek);
   return {least, item.element(1).number(least, kWeek)};
 }
@@ -98,11 +114,15 @@ Interval intervalOf(const Item& item) {
 std::vector<Time> timesOf(Settings& settings, uint64_t seed) {
   std::vector<Time> times = {Time::zero()};
   const std::optional<Item> item = settings.find("repeat");
-  if (!item) return times;
+  if (!item) {
+    return times;
+  }
   Settings repeat(*item);
   const uint32_t count = repeat.number("times", 1, Scenario::kMostSteps);
   const std::optional<Item> every = repeat.find("everyMs");
-  if (!every) item->fail("add the key \"everyMs\"");
+  if (!every) {
+    item->fail("add the key \"everyMs\"");
+  }
   const Interval interval = intervalOf(*every);
   repeat.finish();
   while (times.size() < count) {
@@ -138,7 +158,9 @@ class Reader {
                             Scenario::kMostSteps));
     }
     for (const Time round : rounds) {
-      for (const Time time : times) scenario_.steps.push_back({round + at + time, act});
+      for (const Time time : times) {
+        scenario_.steps.push_back({round + at + time, act});
+      }
     }
   }
 
@@ -190,7 +212,9 @@ void ScenarioPlayer::scheduleNext(const std::shared_ptr<Run>& run) {
 void ScenarioPlayer::step(const std::shared_ptr<Run>& run, Time now) {
   {
     const std::scoped_lock lock(mutex_);
-    if (!run->progress.running) return;
+    if (!run->progress.running) {
+      return;
+    }
   }
   bool failed = false;
   try {
@@ -201,7 +225,9 @@ void ScenarioPlayer::step(const std::shared_ptr<Run>& run, Time now) {
   const std::scoped_lock lock(mutex_);
   run->progress.failed += failed ? 1 : 0;
   ++run->progress.done;
-  if (run->progress.running) scheduleNext(run);
+  if (run->progress.running) {
+    scheduleNext(run);
+  }
 }
 
 }  // namespace SmbusService::Board

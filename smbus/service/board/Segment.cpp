@@ -13,14 +13,20 @@ Seat& Segment::add(std::string label, uint8_t address, std::unique_ptr<Chip> chi
   seat.address = address;
   seat.chip = std::move(chip);
   byAddress_[address & 0x7F] = &seat;
-  if (mux != nullptr) joints_.push_back({&seat, mux});
+  if (mux != nullptr) {
+    joints_.push_back({&seat, mux});
+  }
   return seat;
 }
 
 void Segment::find(uint8_t address, std::vector<Seat*>& found) {
-  if (Seat* here = at(address); here != nullptr && here->present.level()) found.push_back(here);
+  if (Seat* here = at(address); here != nullptr && here->present.level()) {
+    found.push_back(here);
+  }
   for (const Joint& joint : joints_) {
-    if (!joint.seat->away && joint.seat->present.level()) joint.mux->find(address, found);
+    if (!joint.seat->away && joint.seat->present.level()) {
+      joint.mux->find(address, found);
+    }
   }
 }
 

@@ -40,7 +40,9 @@ class KindCounts {
   }
   [[nodiscard]] TransferCount total() const {
     TransferCount total;
-    for (const TransferCount& row : rows_) total += row;
+    for (const TransferCount& row : rows_) {
+      total += row;
+    }
     return total;
   }
 

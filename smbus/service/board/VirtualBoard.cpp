@@ -16,7 +16,9 @@ namespace {
 template <typename Map>
 std::vector<std::string> namesOf(const Map& map) {
   std::vector<std::string> names;
-  for (const auto& [name, value] : map) names.push_back(name);
+  for (const auto& [name, value] : map) {
+    names.push_back(name);
+  }
   return names;
 }
 
@@ -82,7 +84,9 @@ std::vector<ChipInfo> VirtualBoard::chips() const {
 
 std::vector<VirtualBoard::Reading> VirtualBoard::quantities(std::string_view label) const {
   const auto placed = chips_.find(label);
-  if (placed == chips_.end()) return {};
+  if (placed == chips_.end()) {
+    return {};
+  }
   const std::scoped_lock lock(placed->second.bus->chipsInUse());
   std::vector<Reading> readings;
   for (const Quantity& quantity : placed->second.seat->chip->quantities()) {
@@ -93,15 +97,21 @@ std::vector<VirtualBoard::Reading> VirtualBoard::quantities(std::string_view lab
 
 std::optional<Register> VirtualBoard::peek(std::string_view label, uint32_t number) const {
   const auto placed = chips_.find(label);
-  if (placed == chips_.end()) return std::nullopt;
+  if (placed == chips_.end()) {
+    return std::nullopt;
+  }
   const std::scoped_lock lock(placed->second.bus->chipsInUse());
   return placed->second.seat->chip->peek(number);
 }
 
 int VirtualBoard::poke(std::string_view label, uint32_t number, uint32_t value) {
   const std::optional<Register> present = peek(label, number);
-  if (!present) return ENOENT;
-  if (present->bits < 32 && value >> present->bits != 0) return ERANGE;
+  if (!present) {
+    return ENOENT;
+  }
+  if (present->bits < 32 && value >> present->bits != 0) {
+    return ERANGE;
+  }
   const Placed& placed = chips_.find(label)->second;
   bool done = false;
   {
@@ -130,30 +140,46 @@ void VirtualBoard::addFault(BusFault fault) {
 }
 
 std::optional<Lever> VirtualBoard::findLever(std::string_view name) const {
-  if (Net* net = wiring_.net(name)) return leverOf(*net);
+  if (Net* net = wiring_.net(name)) {
+    return leverOf(*net);
+  }
   const size_t colon = name.find(':');
-  if (colon == std::string_view::npos) return std::nullopt;
+  if (colon == std::string_view::npos) {
+    return std::nullopt;
+  }
   const auto placed = chips_.find(name.substr(0, colon));
-  if (placed == chips_.end()) return std::nullopt;
+  if (placed == chips_.end()) {
+    return std::nullopt;
+  }
   auto quantities = placed->second.seat->chip->quantities();
   const auto found = std::ranges::find(quantities, name.substr(colon + 1), &Quantity::name);
-  if (found == quantities.end()) return std::nullopt;
+  if (found == quantities.end()) {
+    return std::nullopt;
+  }
   return Lever{found->least, found->most, std::move(found->get), std::move(found->set),
                &placed->second.bus->chipsInUse()};
 }
 
 std::optional<double> VirtualBoard::get(std::string_view name) const {
   const std::optional<Lever> lever = findLever(name);
-  if (!lever) return std::nullopt;
+  if (!lever) {
+    return std::nullopt;
+  }
   const auto lock = take(*lever);
   return lever->get();
 }
 
 int VirtualBoard::set(std::string_view name, double value) {
   const std::optional<Lever> lever = findLever(name);
-  if (!lever) return ENOENT;
-  if (!lever->set) return EPERM;
-  if (!(value >= lever->least && value <= lever->most)) return ERANGE;
+  if (!lever) {
+    return ENOENT;
+  }
+  if (!lever->set) {
+    return EPERM;
+  }
+  if (!(value >= lever->least && value <= lever->most)) {
+    return ERANGE;
+  }
   put(*lever, value);
   wiring_.settleNow();
   return 0;
@@ -161,7 +187,9 @@ int VirtualBoard::set(std::string_view name, double value) {
 
 bool VirtualBoard::release(std::string_view name) {
   Net* net = wiring_.net(name);
-  if (net == nullptr) return false;
+  if (net == nullptr) {
+    return false;
+  }
   net->release();
   wiring_.settleNow();
   return true;
@@ -180,13 +208,17 @@ BoardEvent::Change VirtualBoard::changeOf(const std::string& name, double value,
 }
 
 void VirtualBoard::happen(const BoardEvent& event) {
-  for (const auto& [lever, value] : event.changes) put(lever, value);
+  for (const auto& [lever, value] : event.changes) {
+    put(lever, value);
+  }
   wiring_.settleNow();
 }
 
 bool VirtualBoard::happen(std::string_view name) {
   const auto event = events_.find(name);
-  if (event == events_.end()) return false;
+  if (event == events_.end()) {
+    return false;
+  }
   happen(event->second);
   return true;
 }

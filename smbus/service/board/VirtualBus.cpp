@@ -69,15 +69,21 @@ int VirtualBus::perform(const Operation& operation, std::string& answer) {
   }
   wiring_.settle();
   // Without the lock, so that a hung chip can be freed meanwhile.
-  if (wait > Time::zero()) clock_.wait(wait);
-  if (error != 0) answer.clear();
+  if (wait > Time::zero()) {
+    clock_.wait(wait);
+  }
+  if (error != 0) {
+    answer.clear();
+  }
   return error;
 }
 
 // While it waits the chips are free: they can be looked at, and the fault can be ended.
 bool VirtualBus::waitOutHang(std::unique_lock<std::mutex>& lock) {
   const BusFault* hang = faults_.strike(FaultKind::kHang, nullptr);
-  if (hang == nullptr) return false;
+  if (hang == nullptr) {
+    return false;
+  }
   const uint32_t id = hang->id;
   const Time delay = hang->order.delay;
   const Time until =
@@ -107,8 +113,12 @@ std::vector<BusFault> VirtualBus::faults() const {
 void VirtualBus::count(OperationKind kind, bool failed) {
   const uint32_t bits = wire_.bits();
   counts_.all.of(kind).add(failed, bits);
-  if (wire_.addressed().empty()) counts_.unanswered.of(kind).add(failed, bits);
-  for (Seat* seat : wire_.addressed()) seat->counts.of(kind).add(failed, bits);
+  if (wire_.addressed().empty()) {
+    counts_.unanswered.of(kind).add(failed, bits);
+  }
+  for (Seat* seat : wire_.addressed()) {
+    seat->counts.of(kind).add(failed, bits);
+  }
 }
 
 BusCounts VirtualBus::counts() const {
@@ -137,7 +147,9 @@ Time VirtualBus::duration() const {
 
 // What keeps the transfer under way from going on, if anything: an errno value or 0.
 int VirtualBus::broken() const {
-  if (wire_.held() > timeout_) return ETIMEDOUT;
+  if (wire_.held() > timeout_) {
+    return ETIMEDOUT;
+  }
   return wire_.cut() ? EIO : 0;
 }
 
@@ -161,13 +173,19 @@ int VirtualBus::stuckLine() {
 int VirtualBus::transfer(const Operation& operation, std::string& answer) {
   if (faults_.any()) {
     const int error = stuckLine();
-    if (error != 0) return error;
+    if (error != 0) {
+      return error;
+    }
   }
   const Shape& shape = shapeOf(operation);
-  if (shape.count && (operation.data.empty() || operation.data.size() > kMaxBlock)) return EPROTO;
+  if (shape.count && (operation.data.empty() || operation.data.size() > kMaxBlock)) {
+    return EPROTO;
+  }
   if (shape.command) {
     const int error = send(operation);
-    if (error != 0) return error;
+    if (error != 0) {
+      return error;
+    }
   }
   return shape.answer == Answer::kNone ? 0 : receive(operation, answer);
 }
@@ -176,7 +194,9 @@ int VirtualBus::sendByte(uint8_t byte) { return acknowledgedOr(wire_.write(byte)
 
 int VirtualBus::acknowledgedOr(bool acknowledged, int otherwise) const {
   const int error = broken();
-  if (error != 0) return error;
+  if (error != 0) {
+    return error;
+  }
   return acknowledged ? 0 : otherwise;
 }
 
@@ -186,7 +206,9 @@ int VirtualBus::send(const Operation& operation) {
   for (unsigned left = commandBytes(operation); error == 0 && left-- > 0;) {
     error = sendByte(commandByte(operation, left));
   }
-  if (error == 0 && shape.count) error = sendByte(static_cast<uint8_t>(operation.data.size()));
+  if (error == 0 && shape.count) {
+    error = sendByte(static_cast<uint8_t>(operation.data.size()));
+  }
   if (shape.data) {
     for (size_t i = 0; error == 0 && i < operation.data.size(); ++i) {
       error = sendByte(operation.data[i]);
@@ -200,28 +222,44 @@ int VirtualBus::send(const Operation& operation) {
 
 int VirtualBus::receive(const Operation& operation, std::string& answer) {
   int error = acknowledgedOr(wire_.start(operation.address, true), ENXIO);
-  if (error != 0) return error;
+  if (error != 0) {
+    return error;
+  }
 
   size_t size = operation.size;
   const Answer kind = shapeOf(operation).answer;
-  if (kind == Answer::kByte) size = 1;
-  if (kind == Answer::kWord) size = 2;
+  if (kind == Answer::kByte) {
+    size = 1;
+  }
+  if (kind == Answer::kWord) {
+    size = 2;
+  }
   if (kind == Answer::kBlock) {
     size = wire_.read();
     error = broken();
-    if (error != 0) return error;
-    if (size == 0) return EPROTO;
+    if (error != 0) {
+      return error;
+    }
+    if (size == 0) {
+      return EPROTO;
+    }
   }
   answer.reserve(size);
   while (answer.size() < size) {
     answer.push_back(static_cast<char>(wire_.read()));
     error = broken();
-    if (error != 0) return error;
+    if (error != 0) {
+      return error;
+    }
   }
-  if (!operation.pec) return 0;
+  if (!operation.pec) {
+    return 0;
+  }
   wire_.readPec();  // brings a faultless transfer's to 0
   error = broken();
-  if (error != 0) return error;
+  if (error != 0) {
+    return error;
+  }
   return wire_.pec() == 0 ? 0 : EBADMSG;
 }
 

@@ -32,9 +32,13 @@ void Wire::hold(Time duration) {
 
 // Whether the chip hears the START and is to acknowledge it.
 bool Wire::present(Seat& seat) {
-  if (!faults_.any()) return true;
+  if (!faults_.any()) {
+    return true;
+  }
   faults_.address(seat);
-  if (faults_.strike(FaultKind::kSilent, &seat) != nullptr) return false;
+  if (faults_.strike(FaultKind::kSilent, &seat) != nullptr) {
+    return false;
+  }
   hold(faults_.delay(seat));
   return !faults_.refuses(seat, 0);
 }
@@ -52,7 +56,9 @@ bool Wire::goesOn() {
 }
 
 bool Wire::start(uint8_t address, bool read) {
-  if (!goesOn()) return false;
+  if (!goesOn()) {
+    return false;
+  }
   bits_ += kBitsOfCondition + kBitsOfByte;
   pec_.add(addressByte(address, read));
 
@@ -60,23 +66,33 @@ bool Wire::start(uint8_t address, bool read) {
   segment_.find(address, found_);
   answering_.clear();
   for (Seat* seat : found_) {
-    if (std::ranges::find(addressed_, seat) == addressed_.end()) addressed_.push_back(seat);
-    if (!present(*seat)) continue;
-    if (seat->chip->start(read)) answering_.push_back(seat);
+    if (std::ranges::find(addressed_, seat) == addressed_.end()) {
+      addressed_.push_back(seat);
+    }
+    if (!present(*seat)) {
+      continue;
+    }
+    if (seat->chip->start(read)) {
+      answering_.push_back(seat);
+    }
     hear(*seat->chip);
   }
   return !answering_.empty();
 }
 
 bool Wire::acceptedBy(Seat& seat, uint8_t byte) {
-  if (faults_.any() && faults_.refuses(seat, bytes_)) return false;
+  if (faults_.any() && faults_.refuses(seat, bytes_)) {
+    return false;
+  }
   const bool acknowledged = seat.chip->write(byte);
   hear(*seat.chip);
   return acknowledged;
 }
 
 bool Wire::write(uint8_t byte) {
-  if (!goesOn()) return false;
+  if (!goesOn()) {
+    return false;
+  }
   bits_ += kBitsOfByte;
   bytes_ += 1;
   pec_.add(byte);
@@ -85,7 +101,9 @@ bool Wire::write(uint8_t byte) {
 }
 
 uint8_t Wire::gather() {
-  if (!goesOn()) return 0xFF;
+  if (!goesOn()) {
+    return 0xFF;
+  }
   bits_ += kBitsOfByte;
   bytes_ += 1;
   uint8_t byte = 0xFF;
@@ -120,9 +138,13 @@ void Wire::readPec() {
 }
 
 void Wire::stop() {
-  if (bits_ == 0 || cut_) return;
+  if (bits_ == 0 || cut_) {
+    return;
+  }
   bits_ += kBitsOfCondition;
-  for (Seat* seat : addressed_) seat->chip->stop();
+  for (Seat* seat : addressed_) {
+    seat->chip->stop();
+  }
 }
 
 }  // namespace SmbusService::Board

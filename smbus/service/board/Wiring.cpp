@@ -28,7 +28,9 @@ Net* Wiring::net(std::string_view name) const {
 
 std::vector<std::string> Wiring::netNames() const {
   std::vector<std::string> names;
-  for (const auto& [name, net] : nets_) names.push_back(name);
+  for (const auto& [name, net] : nets_) {
+    names.push_back(name);
+  }
   return names;
 }
 
@@ -51,7 +53,9 @@ void Wiring::settleNow() {
       listener.chip->settle();
     }
     settled_.store(seen, std::memory_order_release);
-    if (changes_.load(std::memory_order_acquire) == seen) return;
+    if (changes_.load(std::memory_order_acquire) == seen) {
+      return;
+    }
   }
 }
 

@@ -135,7 +135,9 @@ class GatingTest : public testing::Test {
   // A mux that is off its bus cannot be closed by it; it closes by coming back.
   bool closable(uint32_t bus) {
     for (const Board::FaultReport& fault : board_->faults().inForce()) {
-      if (fault.order.target.starts_with("mux" + std::to_string(bus))) return false;
+      if (fault.order.target.starts_with("mux" + std::to_string(bus))) {
+        return false;
+      }
     }
     return true;
   }
@@ -164,12 +166,16 @@ TEST_F(GatingTest, ManyClientsOnABoardThatGoesWrongReachWhomTheyMean) {
     clients.emplace_back([this, client] {
       for (uint64_t i = 0; i < kCallsOfAClient; ++i) {
         const uint64_t chance = mix(client * uint64_t{kCallsOfAClient} + i);
-        if (chance % 16 == 0) breakAtRandom(mix(chance));
+        if (chance % 16 == 0) {
+          breakAtRandom(mix(chance));
+        }
         call(chance / 16);
       }
     });
   }
-  for (std::thread& client : clients) client.join();
+  for (std::thread& client : clients) {
+    client.join();
+  }
   EXPECT_EQ(succeeded_ + failed_, 100'000);
   EXPECT_GT(succeeded_, 10'000);
   EXPECT_GT(failed_, 1'000);

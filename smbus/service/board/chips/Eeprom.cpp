@@ -6,7 +6,9 @@
 namespace SmbusService::Board {
 
 bool Eeprom::start(bool read) {
-  if (clock_.now() < busyUntil_) return false;
+  if (clock_.now() < busyUntil_) {
+    return false;
+  }
   addressLeft_ = read ? 0 : settings_.addressBytes;
   toWrite_.clear();  // a write that a repeated START cuts short does not take place
   return true;
@@ -36,22 +38,30 @@ uint8_t Eeprom::read() {
 }
 
 void Eeprom::stop() {
-  if (toWrite_.empty()) return;
+  if (toWrite_.empty()) {
+    return;
+  }
   if (!writeProtect_.level()) {
-    for (const auto& [address, byte] : toWrite_) bytes_[address] = byte;
+    for (const auto& [address, byte] : toWrite_) {
+      bytes_[address] = byte;
+    }
     busyUntil_ = clock_.now() + settings_.writeCycle;
   }
   toWrite_.clear();
 }
 
 bool Eeprom::connect(std::string_view pin, Net& net, bool inverted) {
-  if (pin != "wp" || writeProtect_.connected()) return false;
+  if (pin != "wp" || writeProtect_.connected()) {
+    return false;
+  }
   writeProtect_.connect(net, inverted);
   return true;
 }
 
 std::optional<Register> Eeprom::peek(uint32_t number) {
-  if (number >= bytes_.size()) return std::nullopt;
+  if (number >= bytes_.size()) {
+    return std::nullopt;
+  }
   return Register{bytes_[number], 8};
 }
 
@@ -66,7 +76,9 @@ std::unique_ptr<Chip> makeEeprom(Settings& settings, const ChipContext& context)
   const uint32_t addressBytes = settings.number("addressBytes", 1, 2, 1);
   const uint32_t size = settings.number("size", 1, addressBytes == 1 ? kShort : kLong, kShort);
   const uint32_t page = settings.number("pageSize", 1, size, std::min(size, 16u));
-  if (size % page != 0) settings.fail("pageSize", "the size is a whole number of pages");
+  if (size % page != 0) {
+    settings.fail("pageSize", "the size is a whole number of pages");
+  }
   const Time writeCycle = std::chrono::milliseconds(settings.number("writeMs", 0, 1000, 5));
   return std::make_unique<Eeprom>(eepromImage(settings, size),
                                   EepromSettings{addressBytes, page, writeCycle}, context.clock);

@@ -22,7 +22,9 @@ Bytes fileImage(Settings& settings, size_t /*size*/) {
   const Item item = *settings.find("file");
   const auto path = std::filesystem::path(item.file.name()).parent_path() / item.text();
   std::ifstream file(path, std::ios::binary);
-  if (!file) item.fail(fmt::format("cannot read {}", path.string()));
+  if (!file) {
+    item.fail(fmt::format("cannot read {}", path.string()));
+  }
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -59,9 +61,12 @@ constexpr std::array kSources = {
 const Source& sourceOf(const Settings& settings) {
   const Source* only = nullptr;
   for (const Source& source : kSources) {
-    if (!settings.has(source.key)) continue;
-    if (only != nullptr)
+    if (!settings.has(source.key)) {
+      continue;
+    }
+    if (only != nullptr) {
       settings.fail(source.key, fmt::format("there is \"{}\" already", only->key));
+    }
     only = &source;
   }
   return only == nullptr ? kSources.front() : *only;

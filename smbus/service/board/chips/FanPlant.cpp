@@ -37,9 +37,13 @@ FanPlant::FanPlant(Settings& settings, uint64_t seed, BoardClock& clock)
     fans_.push_back({.maxRpm = maxRpm, .stalled = fan.flag("stalled", false)});
     fan.finish();
   });
-  if (fans_.size() > kMaxFans) settings.fail("fans", fmt::format("at most {} fans", kMaxFans));
+  if (fans_.size() > kMaxFans) {
+    settings.fail("fans", fmt::format("at most {} fans", kMaxFans));
+  }
   settings.forEach("rises", [this](const Item& item) {
-    if (!item.value.IsNumber()) item.fail("write the sensor's rise in degrees");
+    if (!item.value.IsNumber()) {
+      item.fail("write the sensor's rise in degrees");
+    }
     sensors_.push_back({.rise = item.value.GetDouble()});
   });
   if (sensors_.size() > kMaxSensors) {
@@ -51,22 +55,32 @@ double FanPlant::targetRpm(const Fan& fan) const { return fan.stalled ? 0 : fan.
 
 double FanPlant::targetCelsius(const Sensor& sensor) const {
   double air = 0;  // of full air
-  for (const Fan& fan : fans_) air += fan.rpm / fan.maxRpm / static_cast<double>(fans_.size());
+  for (const Fan& fan : fans_) {
+    air += fan.rpm / fan.maxRpm / static_cast<double>(fans_.size());
+  }
   return ambient_ + sensor.rise * load_ / (kStillAir + (1 - kStillAir) * air);
 }
 
 void FanPlant::setDuty(double duty) {
-  for (Fan& fan : fans_) fan.duty = duty;
+  for (Fan& fan : fans_) {
+    fan.duty = duty;
+  }
 }
 
 void FanPlant::settle(double duty) {
   setDuty(duty);
-  for (Fan& fan : fans_) fan.rpm = targetRpm(fan);
-  for (Sensor& sensor : sensors_) sensor.celsius = targetCelsius(sensor);
+  for (Fan& fan : fans_) {
+    fan.rpm = targetRpm(fan);
+  }
+  for (Sensor& sensor : sensors_) {
+    sensor.celsius = targetCelsius(sensor);
+  }
 }
 
 void FanPlant::step() {
-  for (Fan& fan : fans_) fan.rpm += (targetRpm(fan) - fan.rpm) * (kStepSeconds / kFanSeconds);
+  for (Fan& fan : fans_) {
+    fan.rpm += (targetRpm(fan) - fan.rpm) * (kStepSeconds / kFanSeconds);
+  }
   for (Sensor& sensor : sensors_) {
     sensor.celsius += (targetCelsius(sensor) - sensor.celsius) * (kStepSeconds / kSensorSeconds);
   }
@@ -74,7 +88,9 @@ void FanPlant::step() {
 
 void FanPlant::catchUp() {
   const int64_t until = clock_.now() / kStep;
-  for (int64_t left = std::min(until - steps_, kForgotten); left > 0; --left) step();
+  for (int64_t left = std::min(until - steps_, kForgotten); left > 0; --left) {
+    step();
+  }
   steps_ = std::max(steps_, until);
 }
 

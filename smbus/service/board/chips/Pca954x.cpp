@@ -6,7 +6,9 @@ namespace SmbusService::Board {
 // Any change of the pin since the last look means that it is low now or has been low.
 void Pca954x::watchReset() {
   const uint32_t changes = reset_.changes();
-  if (changes == resetChanges_ && reset_.level()) return;
+  if (changes == resetChanges_ && reset_.level()) {
+    return;
+  }
   resetChanges_ = changes;
   close();
 }
@@ -28,14 +30,18 @@ bool Pca954x::write(uint8_t byte) {
 }
 
 bool Pca954x::connect(std::string_view pin, Net& net, bool inverted) {
-  if (pin != "reset" || reset_.connected()) return false;
+  if (pin != "reset" || reset_.connected()) {
+    return false;
+  }
   reset_.connect(net, inverted);
   resetChanges_ = reset_.changes();
   return true;
 }
 
 std::optional<Register> Pca954x::peek(uint32_t number) {
-  if (number != 0) return std::nullopt;
+  if (number != 0) {
+    return std::nullopt;
+  }
   watchReset();
   return Register{control_, channels()};
 }

@@ -28,7 +28,9 @@ uint8_t Pca9555::fetch() {
 }
 
 std::optional<Register> Pca9555::peek(uint32_t number) {
-  if (number > kRegisters) return std::nullopt;
+  if (number > kRegisters) {
+    return std::nullopt;
+  }
   return Register{pins_.get(portOf(static_cast<uint8_t>(number)), number & 1), 8};
 }
 

@@ -24,7 +24,9 @@ constexpr bool ofPins(uint8_t number) { return number < kMask0; }
 
 std::array<uint8_t, 0x2B> Pca9698::firstKept() {
   std::array<uint8_t, 0x2B> registers{};
-  for (unsigned bank = 0; bank < kBanks; ++bank) registers[kMask0 + bank] = 0xFF;
+  for (unsigned bank = 0; bank < kBanks; ++bank) {
+    registers[kMask0 + bank] = 0xFF;
+  }
   registers[kOutconf] = 0xFF;
   registers[kAllbnk] = 0x80;
   registers[kMode] = 0x02;
@@ -44,14 +46,18 @@ void Pca9698::put(uint8_t number, uint8_t value) {
 }
 
 bool Pca9698::select(uint8_t pointer) {
-  if (!exists(pointer & kRegister)) return false;
+  if (!exists(pointer & kRegister)) {
+    return false;
+  }
   pointer_ = pointer & kRegister;
   autoIncrement_ = (pointer & kAutoIncrement) != 0;
   return true;
 }
 
 void Pca9698::advance() {
-  if (!autoIncrement_ || pointer_ >= kOutconf) return;
+  if (!autoIncrement_ || pointer_ >= kOutconf) {
+    return;
+  }
   const unsigned bank = ((pointer_ & kBank) + 1u) % kBanks;
   pointer_ = static_cast<uint8_t>((pointer_ & ~unsigned{kBank}) | bank);
 }
@@ -69,7 +75,9 @@ uint8_t Pca9698::fetch() {
 }
 
 std::optional<Register> Pca9698::peek(uint32_t number) {
-  if (number > kMode || !exists(static_cast<uint8_t>(number))) return std::nullopt;
+  if (number > kMode || !exists(static_cast<uint8_t>(number))) {
+    return std::nullopt;
+  }
   return Register{get(static_cast<uint8_t>(number)), 8};
 }
 

@@ -24,7 +24,9 @@ uint16_t toLinear11(double value) {
   int exponent = kLeastExponent;
   const auto mantissa = [&] { return std::round(std::ldexp(value, -exponent)); };
   const auto fits = [&] { return mantissa() >= kLeastMantissa && mantissa() <= kMostMantissa; };
-  while (!fits() && exponent < kMostExponent) ++exponent;
+  while (!fits() && exponent < kMostExponent) {
+    ++exponent;
+  }
   const auto bits = static_cast<unsigned>(
       static_cast<int>(std::clamp(mantissa(), kLeastMantissa, kMostMantissa)));
   return static_cast<uint16_t>((static_cast<unsigned>(exponent) & 0x1Fu) << 11 | (bits & 0x7FFu));

@@ -16,7 +16,9 @@ std::vector<PmbusOutput> outputsOf(Settings& settings) {
     outputs.push_back({volts, output.real("maxAmps", 0, 1000, 100)});
     output.finish();
   });
-  if (outputs.empty()) settings.fail("outputs", "a supply has an output: [ { \"volts\": 12 } ]");
+  if (outputs.empty()) {
+    settings.fail("outputs", "a supply has an output: [ { \"volts\": 12 } ]");
+  }
   return outputs;
 }
 
@@ -26,7 +28,9 @@ std::array<std::string, 6> textsOf(Settings& settings) {
   std::array<std::string, 6> texts;
   for (size_t i = 0; i < kKeys.size(); ++i) {
     texts[i] = settings.text(kKeys[i], "");
-    if (texts[i].size() > UINT8_MAX) settings.fail(kKeys[i], "at most 255 characters");
+    if (texts[i].size() > UINT8_MAX) {
+      settings.fail(kKeys[i], "at most 255 characters");
+    }
   }
   return texts;
 }
@@ -36,7 +40,9 @@ uint8_t byte(Settings& settings, std::string_view key, uint32_t most, uint32_t a
 }
 
 size_t checkedFans(const Settings& settings, size_t fans) {
-  if (fans >= kFanConfig.size()) settings.fail("fans", "at most 2 fans");
+  if (fans >= kFanConfig.size()) {
+    settings.fail("fans", "at most 2 fans");
+  }
   return fans;
 }
 

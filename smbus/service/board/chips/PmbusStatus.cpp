@@ -32,7 +32,9 @@ constexpr std::array kSummary = {
 uint16_t PmbusStatus::word(bool on, bool good) const {
   unsigned word = (on ? 0 : kOff) | (good ? 0 : kPowerBad);
   for (const Summary& summary : kSummary) {
-    if ((get(summary.code) & summary.bits) != 0) word |= summary.word;
+    if ((get(summary.code) & summary.bits) != 0) {
+      word |= summary.word;
+    }
   }
   return static_cast<uint16_t>(word);
 }

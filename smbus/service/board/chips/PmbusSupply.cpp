@@ -41,8 +41,12 @@ uint16_t PmbusSupply::statusWord() const { return status_.word(on(), good()); }
 
 double PmbusSupply::dutyOf(size_t fan) const {
   const FanCommand& command = fanCommands_[fan];
-  if (!fed()) return 0;
-  if (!command.given) return settings_.duty;
+  if (!fed()) {
+    return 0;
+  }
+  if (!command.given) {
+    return settings_.duty;
+  }
   const double value = fromLinear11(command.word);
   const bool byRpm = (settings_.fanConfig & kFanByRpm[fan]) != 0;
   return std::clamp(value / (byRpm ? plant_.maxRpm(fan) : 100), 0.0, 1.0);
@@ -50,7 +54,9 @@ double PmbusSupply::dutyOf(size_t fan) const {
 
 void PmbusSupply::driveFans() {
   plant_.catchUp();
-  for (size_t i = 0; i < plant_.fans(); ++i) plant_.setDuty(i, dutyOf(i));
+  for (size_t i = 0; i < plant_.fans(); ++i) {
+    plant_.setDuty(i, dutyOf(i));
+  }
 }
 
 double PmbusSupply::amps(const PmbusOutput& output) const {
@@ -59,7 +65,9 @@ double PmbusSupply::amps(const PmbusOutput& output) const {
 
 double PmbusSupply::powerOut() const {
   double watts = 0;
-  for (const PmbusOutput& output : settings_.outputs) watts += output.volts * amps(output);
+  for (const PmbusOutput& output : settings_.outputs) {
+    watts += output.volts * amps(output);
+  }
   return watts;
 }
 
@@ -71,12 +79,22 @@ const PmbusOutput& PmbusSupply::paged() const {
 void PmbusSupply::look() {
   plant_.catchUp();
   const double load = good() ? plant_.load() : 0;
-  if (on() && !good()) status_.raise(STATUS_VOUT, PmbusStatus::kUnderVoltageOutFault);
-  if (load > 1) status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentWarning);
-  if (load > kFaultLoad) status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentFault);
-  if (!fed()) status_.raise(STATUS_INPUT, kStarved);
+  if (on() && !good()) {
+    status_.raise(STATUS_VOUT, PmbusStatus::kUnderVoltageOutFault);
+  }
+  if (load > 1) {
+    status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentWarning);
+  }
+  if (load > kFaultLoad) {
+    status_.raise(STATUS_IOUT, PmbusStatus::kOverCurrentFault);
+  }
+  if (!fed()) {
+    status_.raise(STATUS_INPUT, kStarved);
+  }
   for (size_t i = 0; i < plant_.fans(); ++i) {
-    if (plant_.stalled(i)) status_.raise(STATUS_FANS_1_2, kFanFault[i]);
+    if (plant_.stalled(i)) {
+      status_.raise(STATUS_FANS_1_2, kFanFault[i]);
+    }
   }
   lookAtHeat();
 }
@@ -84,9 +102,12 @@ void PmbusSupply::look() {
 void PmbusSupply::lookAtHeat() {
   for (size_t i = 0; i < plant_.sensors(); ++i) {
     const double above = plant_.celsius(i) - settings_.hot;
-    if (above > 0) status_.raise(STATUS_TEMPERATURE, PmbusStatus::kOverTemperatureWarning);
-    if (above > kFaultDegrees)
+    if (above > 0) {
+      status_.raise(STATUS_TEMPERATURE, PmbusStatus::kOverTemperatureWarning);
+    }
+    if (above > kFaultDegrees) {
       status_.raise(STATUS_TEMPERATURE, PmbusStatus::kOverTemperatureFault);
+    }
   }
 }
 
@@ -94,15 +115,21 @@ void PmbusSupply::settle() {
   moveInOrOut();
   driveFans();
   look();
-  if (inBay_) powerGood_.drive(good());
+  if (inBay_) {
+    powerGood_.drive(good());
+  }
 }
 
 // Supplies that fit into one bay share its lines: one that is pulled leaves them to the next. One
 // that is plugged in begins anew.
 void PmbusSupply::moveInOrOut() {
-  if (inBay_ == present_.level()) return;
+  if (inBay_ == present_.level()) {
+    return;
+  }
   inBay_ = !inBay_;
-  if (!inBay_) powerGood_.release();
+  if (!inBay_) {
+    powerGood_.release();
+  }
   page_ = 0;
   operation_ = kOn;
   fanCommands_ = {};
@@ -130,7 +157,9 @@ bool PmbusSupply::connect(std::string_view pin, Net& net, bool inverted) {
   const std::array<Row, 3> pins = {
       {{"ac", &ac_}, {"present", &present_}, {"power_good", &powerGood_}}};
   const auto* const found = std::ranges::find(pins, pin, &Row::name);
-  if (found == pins.end() || found->pin->connected()) return false;
+  if (found == pins.end() || found->pin->connected()) {
+    return false;
+  }
   found->pin->connect(net, inverted);
   inBay_ = present_.level();
   return true;
@@ -145,8 +174,12 @@ std::vector<Quantity> PmbusSupply::quantities() {
 
 std::optional<size_t> PmbusSupply::writeSize(uint8_t code) const {
   const PmbusCommand* command = findPmbusCommand(code);
-  if (command == nullptr) return std::nullopt;
-  if (!command->writable || command->format == PmbusFormat::kNone) return 0;
+  if (command == nullptr) {
+    return std::nullopt;
+  }
+  if (!command->writable || command->format == PmbusFormat::kNone) {
+    return 0;
+  }
   return command->format == PmbusFormat::kByte ? 1 : 2;
 }
 
@@ -276,7 +309,9 @@ uint16_t PmbusSupply::word(uint8_t code) const {
 size_t PmbusSupply::readCommand(uint8_t code, std::span<const uint8_t> /*data*/,
                                 std::span<uint8_t, kMaxBlock + 1> answer) {
   const PmbusCommand* command = findPmbusCommand(code);
-  if (command == nullptr || command->format == PmbusFormat::kNone) return 0;
+  if (command == nullptr || command->format == PmbusFormat::kNone) {
+    return 0;
+  }
   look();
   if (command->format == PmbusFormat::kText) {
     const std::string& text = settings_.texts[code - static_cast<uint8_t>(MFR_ID)];
@@ -297,18 +332,26 @@ size_t PmbusSupply::readCommand(uint8_t code, std::span<const uint8_t> /*data*/,
 // Commands with a byte or a word are the registers of a supply.
 std::optional<Register> PmbusSupply::peek(uint32_t number) {
   std::array<uint8_t, kMaxBlock + 1> answer{};
-  if (number > UINT8_MAX) return std::nullopt;
+  if (number > UINT8_MAX) {
+    return std::nullopt;
+  }
   const PmbusCommand* command = findPmbusCommand(static_cast<uint8_t>(number));
-  if (command == nullptr || command->format == PmbusFormat::kText) return std::nullopt;
+  if (command == nullptr || command->format == PmbusFormat::kText) {
+    return std::nullopt;
+  }
   const size_t bytes = readCommand(static_cast<uint8_t>(number), {}, answer);
-  if (bytes == 0) return std::nullopt;
+  if (bytes == 0) {
+    return std::nullopt;
+  }
   const unsigned high = bytes == 2 ? answer[1] : 0;
   return Register{high << 8 | answer[0], static_cast<unsigned>(8 * bytes)};
 }
 
 bool PmbusSupply::poke(uint32_t number, uint32_t value) {
   const auto code = static_cast<uint8_t>(number);
-  if (!findPmbusCommand(code)->writable) return false;
+  if (!findPmbusCommand(code)->writable) {
+    return false;
+  }
   const std::array data = {static_cast<uint8_t>(value), static_cast<uint8_t>(value >> 8)};
   return writeCommand(code, std::span(data).first(*writeSize(code)));
 }

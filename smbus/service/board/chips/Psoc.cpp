@@ -47,7 +47,9 @@ void Psoc::showPlant() {
   uint8_t stall = 0;
   for (size_t i = 0; i < plant_.fans(); ++i) {
     put16(static_cast<uint8_t>(kSpeeds + 2 * i), rounded<uint16_t>(plant_.rpm(i)));
-    if (plant_.stalled(i)) stall = static_cast<uint8_t>(stall | (1u << i));
+    if (plant_.stalled(i)) {
+      stall = static_cast<uint8_t>(stall | (1u << i));
+    }
   }
   registers_[kFanStall] = stall;
   for (size_t i = 0; i < plant_.sensors(); ++i) {
@@ -57,7 +59,9 @@ void Psoc::showPlant() {
 
 void Psoc::begin() {
   plant_.catchUp();
-  if (plant_.steps() != shown_) showPlant();
+  if (plant_.steps() != shown_) {
+    showPlant();
+  }
 }
 
 bool Psoc::select(uint8_t pointer) {
@@ -72,7 +76,9 @@ bool Psoc::store(uint8_t byte) {
 
 // False: the register cannot be written.
 bool Psoc::put(uint8_t number, uint8_t byte) {
-  if (std::ranges::find(kWritable, number) == kWritable.end()) return false;
+  if (std::ranges::find(kWritable, number) == kWritable.end()) {
+    return false;
+  }
   registers_[number] = byte;
   if (number == kDuty + 1) {
     plant_.setDuty(partOf(unsigned{registers_[kDuty]} << 8 | byte));
@@ -82,7 +88,9 @@ bool Psoc::put(uint8_t number, uint8_t byte) {
 }
 
 std::optional<Register> Psoc::peek(uint32_t number) {
-  if (number >= registers_.size()) return std::nullopt;
+  if (number >= registers_.size()) {
+    return std::nullopt;
+  }
   begin();
   return Register{registers_[number], 8};
 }

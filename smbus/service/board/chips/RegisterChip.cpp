@@ -9,16 +9,22 @@ void RegisterChip::begin() {
 }
 
 bool RegisterChip::select(uint8_t pointer) {
-  if (pointer >= registers_.size()) return false;
+  if (pointer >= registers_.size()) {
+    return false;
+  }
   pointer_ = pointer;
   return true;
 }
 
 void RegisterChip::advance() {
-  if (++index_ < registers_.bytes()) return;
+  if (++index_ < registers_.bytes()) {
+    return;
+  }
   index_ = 0;
   staged_ = 0;
-  if (autoIncrement_) pointer_ = static_cast<uint8_t>((pointer_ + 1u) % registers_.size());
+  if (autoIncrement_) {
+    pointer_ = static_cast<uint8_t>((pointer_ + 1u) % registers_.size());
+  }
 }
 
 bool RegisterChip::store(uint8_t byte) {
@@ -32,14 +38,18 @@ bool RegisterChip::store(uint8_t byte) {
 }
 
 uint8_t RegisterChip::fetch() {
-  if (index_ == 0) shown_ = registers_.get(pointer_);
+  if (index_ == 0) {
+    shown_ = registers_.get(pointer_);
+  }
   const auto byte = static_cast<uint8_t>(shown_ >> registers_.shift(index_));
   advance();
   return byte;
 }
 
 std::optional<size_t> PecRegisterChip::writeSize(uint8_t command) const {
-  if (command >= registers_.size()) return std::nullopt;
+  if (command >= registers_.size()) {
+    return std::nullopt;
+  }
   return registers_.bytes();
 }
 
@@ -48,7 +58,9 @@ bool PecRegisterChip::writeCommand(uint8_t command, std::span<const uint8_t> dat
   for (unsigned i = 0; i < data.size(); ++i) {
     value |= static_cast<unsigned>(data[i]) << registers_.shift(i);
   }
-  if (!registers_.readOnly(command)) registers_.set(command, static_cast<uint16_t>(value));
+  if (!registers_.readOnly(command)) {
+    registers_.set(command, static_cast<uint16_t>(value));
+  }
   return true;
 }
 
@@ -65,7 +77,9 @@ std::unique_ptr<Chip> makeRegisterChip(Settings& settings, const ChipContext& co
   RegisterFile registers(settings);
   const bool pec = settings.flag("pec", false);
   const bool autoIncrement = settings.flag("autoIncrement", !pec);
-  if (!pec) return std::make_unique<RegisterChip>(std::move(registers), autoIncrement);
+  if (!pec) {
+    return std::make_unique<RegisterChip>(std::move(registers), autoIncrement);
+  }
   if (autoIncrement) {
     settings.fail("autoIncrement", "a chip with \"pec\" ends a transfer after one register");
   }

@@ -10,7 +10,9 @@ constexpr uint32_t kMaxRegisters = 256;
 
 unsigned bytesOfWidth(Settings& settings) {
   const uint32_t width = settings.number("width", 8, 16, 8);
-  if (width % 8 != 0) settings.fail("width", "a register is 8 or 16 bits wide");
+  if (width % 8 != 0) {
+    settings.fail("width", "a register is 8 or 16 bits wide");
+  }
   return width / 8;
 }
 
@@ -33,7 +35,9 @@ RegisterFile::RegisterFile(Settings& settings)
   });
   settings.forEach("readOnly", [&](const Item& item) {
     const Range range = item.range(size - 1);
-    for (uint32_t i = range.first; i <= range.last; ++i) readOnly_[i] = true;
+    for (uint32_t i = range.first; i <= range.last; ++i) {
+      readOnly_[i] = true;
+    }
   });
 }
 
@@ -43,13 +47,17 @@ void RegisterFile::fill(const Item& contents, uint32_t first) {
     contents.fail(fmt::format("{} values from register {} on; the chip has {} registers",
                               values.size(), first, size()));
   }
-  for (const uint32_t value : values) values_[first++] = static_cast<uint16_t>(value);
+  for (const uint32_t value : values) {
+    values_[first++] = static_cast<uint16_t>(value);
+  }
 }
 
 uint16_t RegisterFile::get(uint8_t number) const {
   unsigned value = values_[number];
   for (const BitPin& input : inputs_) {
-    if (input.number != number) continue;
+    if (input.number != number) {
+      continue;
+    }
     value &= ~(1u << input.bit);
     value |= (input.pin.level() ? 1u : 0u) << input.bit;
   }
@@ -59,35 +67,49 @@ uint16_t RegisterFile::get(uint8_t number) const {
 void RegisterFile::set(uint8_t number, uint16_t value) {
   values_[number] = value;
   for (BitPin& output : outputs_) {
-    if (output.number == number) output.pin.drive((value >> output.bit & 1) != 0);
+    if (output.number == number) {
+      output.pin.drive((value >> output.bit & 1) != 0);
+    }
   }
 }
 
 std::optional<Register> RegisterFile::peek(uint32_t number) const {
-  if (number >= size()) return std::nullopt;
+  if (number >= size()) {
+    return std::nullopt;
+  }
   return Register{get(static_cast<uint8_t>(number)), 8 * bytes_};
 }
 
 bool RegisterFile::poke(uint32_t number, uint32_t value) {
-  if (number >= size()) return false;
+  if (number >= size()) {
+    return false;
+  }
   set(static_cast<uint8_t>(number), static_cast<uint16_t>(value));
   return true;
 }
 
 bool RegisterFile::connect(std::string_view pin, Net& net, bool inverted) {
   const bool isInput = pin.starts_with("in");
-  if (!isInput && !pin.starts_with("out")) return false;
+  if (!isInput && !pin.starts_with("out")) {
+    return false;
+  }
   pin.remove_prefix(isInput ? 2 : 3);
   const size_t dot = pin.find('.');
-  if (dot == std::string_view::npos) return false;
+  if (dot == std::string_view::npos) {
+    return false;
+  }
   const auto number = parseNumber(pin.substr(0, dot));
   const auto bit = parseNumber(pin.substr(dot + 1));
-  if (!number || *number >= size() || !bit || *bit >= 8 * bytes_) return false;
+  if (!number || *number >= size() || !bit || *bit >= 8 * bytes_) {
+    return false;
+  }
 
   auto& pins = isInput ? inputs_ : outputs_;
   BitPin& added = pins.emplace_back(BitPin{static_cast<uint8_t>(*number), *bit, Pin()});
   added.pin.connect(net, inverted);
-  if (!isInput) set(added.number, values_[added.number]);
+  if (!isInput) {
+    set(added.number, values_[added.number]);
+  }
   return true;
 }
 

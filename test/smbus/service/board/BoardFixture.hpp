@@ -22,7 +22,9 @@ class BoardFixture : public ::testing::Test {
  protected:
   // Builds a board from the text of a board file, with single quotes for double ones.
   void load(std::string text) {
-    for (char& c : text) c = c == '\'' ? '"' : c;
+    for (char& c : text) {
+      c = c == '\'' ? '"' : c;
+    }
     board = VirtualBoard::build(Config::JsonFile::parse("board.json", std::move(text)), clock);
   }
 

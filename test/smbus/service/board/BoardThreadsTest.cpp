@@ -49,7 +49,9 @@ TEST_F(BoardThreadsTest, BusesNetsAndEventsGoOnBesideEachOther) {
   std::atomic<int> failures{0};
   const auto repeat = [&](auto action) {
     return std::thread([&failures, action] {
-      for (int i = 0; i < kRounds; ++i) failures += action(i) ? 0 : 1;
+      for (int i = 0; i < kRounds; ++i) {
+        failures += action(i) ? 0 : 1;
+      }
     });
   };
   VirtualBus& power = *board->bus("power");
@@ -62,7 +64,9 @@ TEST_F(BoardThreadsTest, BusesNetsAndEventsGoOnBesideEachOther) {
       repeat([&](int i) { return board->happen(i % 2 == 0 ? "ac off" : "ac on"); }),
       repeat([&](int) { return board->get("psu:fan1.rpm") && board->set("psu:vin", 200) == 0; }),
   };
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
   EXPECT_EQ(failures, 0);
   EXPECT_EQ(board->get("good"), 1) << "the last event was \"ac on\"";
   EXPECT_EQ(power.counts().all.total().transfers, uint64_t{kRounds});

@@ -40,7 +40,9 @@ class FaultFixture : public BoardFixture {
 
   // The text of an order, with single quotes. Returns the fault's number.
   uint32_t inject(std::string text) {
-    for (char& c : text) c = c == '\'' ? '"' : c;
+    for (char& c : text) {
+      c = c == '\'' ? '"' : c;
+    }
     const Config::JsonFile file = Config::JsonFile::parse("fault", text);
     Settings settings({file, file.document(), ""});
     const FaultOrder order = readFaultOrder(settings);

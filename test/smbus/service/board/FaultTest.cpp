@@ -108,7 +108,9 @@ TEST_F(FaultTest, AWrongPecIsNoticedByTheChip) {
 TEST_F(FaultTest, CorruptedBytesDifferInOneBit) {
   inject("{'kind': 'corrupt', 'target': 'plain'}");
   ASSERT_EQ(readMany(kPlain, 0, 16), 0);
-  for (const uint8_t byte : answer) EXPECT_EQ(std::popcount(uint8_t(byte ^ 165)), 1);
+  for (const uint8_t byte : answer) {
+    EXPECT_EQ(std::popcount(uint8_t(byte ^ 165)), 1);
+  }
   EXPECT_EQ(board->peek("plain", 0)->value, 165u);
 }
 
@@ -223,7 +225,9 @@ TEST_F(FaultTest, EndsByCommand) {
 
 TEST_F(FaultTest, TheListTellsWhatHasHappened) {
   inject("{'kind': 'nack', 'target': 'plain', 'nth': 2, 'count': 9, 'forMs': 1000}");
-  for (int i = 0; i < 5; ++i) static_cast<void>(read(kPlain, 0));
+  for (int i = 0; i < 5; ++i) {
+    static_cast<void>(read(kPlain, 0));
+  }
   const std::vector<FaultReport> reports = board->faults().inForce();
   ASSERT_EQ(reports.size(), 1u);
   EXPECT_EQ(reports[0].order.target, "plain");

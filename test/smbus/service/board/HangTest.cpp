@@ -37,7 +37,9 @@ TEST_F(HangTest, TouchesNoOtherBusAndEndsByCommand) {
   std::thread hung([&] { result = readOn("a"); });
   EXPECT_EQ(readOn("b"), 0);
   EXPECT_TRUE(board_->peek("x", 0)) << "its chips can be looked at";
-  while (board_->bus("a")->faults().front().accesses == 0) std::this_thread::yield();
+  while (board_->bus("a")->faults().front().accesses == 0) {
+    std::this_thread::yield();
+  }
   EXPECT_EQ(result, -1);
   EXPECT_TRUE(board_->faults().clear(id));
   hung.join();

@@ -133,7 +133,9 @@ TEST_F(MuxTest, ManyRandomTransfersReachWhomTheMasksLetThem) {
       outer = mask;
     } else if (chance % 4 == 1) {
       ASSERT_EQ(send(kInner, mask), innerIsThere ? 0 : ENXIO);
-      if (innerIsThere) inner = mask;
+      if (innerIsThere) {
+        inner = mask;
+      }
     } else if (chance % 4 == 2) {
       ASSERT_EQ(read(kDeep, 0), innerIsThere && (inner & 1) != 0 ? 0 : ENXIO);
     } else {

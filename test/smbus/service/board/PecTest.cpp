@@ -10,7 +10,9 @@ namespace {
 
 Pec pecOf(std::string_view bytes) {
   Pec pec;
-  for (const char c : bytes) pec.add(static_cast<uint8_t>(c));
+  for (const char c : bytes) {
+    pec.add(static_cast<uint8_t>(c));
+  }
   return pec;
 }
 

@@ -169,7 +169,9 @@ TEST_F(PsocTest, TheSameSeedGivesTheSameReadings) {
   const std::vector<unsigned> once = readings("1");
   EXPECT_EQ(once, readings("1"));
   EXPECT_NE(once, readings("2"));
-  for (const unsigned speed : once) EXPECT_NEAR(speed, 8000, 81);
+  for (const unsigned speed : once) {
+    EXPECT_NEAR(speed, 8000, 81);
+  }
 }
 
 }  // namespace

@@ -84,7 +84,9 @@ TEST_F(RegisterChipTest, WithoutPecThePecByteIsData) {
       0);
   EXPECT_EQ(readMany(kChip, 2, 2), 0);
   Pec pec;
-  for (const int byte : {kChip << 1, 2, 0xAA}) pec.add(static_cast<uint8_t>(byte));
+  for (const int byte : {kChip << 1, 2, 0xAA}) {
+    pec.add(static_cast<uint8_t>(byte));
+  }
   EXPECT_EQ(answer, (Bytes{0xAA, pec.value()}));
 }
 

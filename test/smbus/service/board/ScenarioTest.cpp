@@ -20,7 +20,9 @@ class ScenarioTest : public FaultFixture {
  protected:
   // Of a text with single quotes.
   Scenario scenario(std::string text) {
-    for (char& c : text) c = c == '\'' ? '"' : c;
+    for (char& c : text) {
+      c = c == '\'' ? '"' : c;
+    }
     return readScenario(Config::JsonFile::parse("scenario.json", std::move(text)), *board);
   }
   void play(const std::string& text) { board->scenarios().start(scenario(text)); }

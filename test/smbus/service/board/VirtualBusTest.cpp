@@ -40,7 +40,9 @@ class Scribe : public Chip {
   uint8_t read() override {
     log += "r ";
     static_cast<void>(next());
-    if (answers.empty()) return 0xFF;
+    if (answers.empty()) {
+      return 0xFF;
+    }
     const uint8_t byte = answers.front();
     answers.pop_front();
     return byte;
@@ -50,7 +52,9 @@ class Scribe : public Chip {
  private:
   bool next() {
     const size_t number = bytes_++;
-    if (number == hangAt) hold(holdFor);
+    if (number == hangAt) {
+      hold(holdFor);
+    }
     return number != refuseAt;
   }
 
@@ -128,7 +132,9 @@ TEST_F(VirtualBusTest, ASentByteHasNoSecondOne) {
 
 TEST_F(VirtualBusTest, APecIsAppendedToAWrite) {
   Pec pec;
-  for (const int byte : {kAddress << 1, 0x11, 0xA1}) pec.add(static_cast<uint8_t>(byte));
+  for (const int byte : {kAddress << 1, 0x11, 0xA1}) {
+    pec.add(static_cast<uint8_t>(byte));
+  }
   operation.pec = true;
   EXPECT_EQ(perform(OperationKind::kWriteByte, {0xA1}), 0);
   EXPECT_EQ(scribe->log, fmt::format("Sw 11 A1 {:02X} P", pec.value()));
@@ -136,8 +142,9 @@ TEST_F(VirtualBusTest, APecIsAppendedToAWrite) {
 
 TEST_F(VirtualBusTest, ARightPecOfAReadIsNotAmongTheBytes) {
   Pec pec;
-  for (const int byte : {kAddress << 1, 0x11, kAddress << 1 | 1, 0x5A})
+  for (const int byte : {kAddress << 1, 0x11, kAddress << 1 | 1, 0x5A}) {
     pec.add(static_cast<uint8_t>(byte));
+  }
   scribe->answers = {0x5A, pec.value()};
   operation.pec = true;
   EXPECT_EQ(perform(OperationKind::kReadByte), 0);

@@ -202,7 +202,12 @@ void SimulatedController::start() {
   }
 }
 
-void SimulatedController::signal(int number) const { ::kill(pid_, number); }
+// A process that did not start has no number of its own: 0 and -1 stand for many others.
+void SimulatedController::signal(int number) const {
+  if (pid_ > 0) {
+    ::kill(pid_, number);
+  }
+}
 
 void SimulatedController::kill() {
   if (pid_ > 0) {

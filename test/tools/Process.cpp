@@ -83,7 +83,12 @@ bool Process::readLine(std::string& line) {
   return true;
 }
 
-void Process::signal(int number) const { ::kill(pid_, number); }
+// A process that did not start has no number of its own: 0 and -1 stand for many others.
+void Process::signal(int number) const {
+  if (pid_ > 0) {
+    ::kill(pid_, number);
+  }
+}
 
 bool Process::blocksSignals() const {
   std::ifstream status("/proc/" + std::to_string(pid_) + "/status");

@@ -60,7 +60,7 @@ ServiceProcess::ServiceProcess()
 }
 
 ServiceProcess::~ServiceProcess() {
-  if (pid_ != 0) {
+  if (pid_ > 0) {
     signal(SIGKILL);
     (void)wait();
   }
@@ -106,7 +106,12 @@ int ServiceProcess::run(const std::string& option, const std::string& argument) 
   return wait();
 }
 
-void ServiceProcess::signal(int number) const { ::kill(pid_, number); }
+// A process that did not start has no number of its own: 0 and -1 stand for many others.
+void ServiceProcess::signal(int number) const {
+  if (pid_ > 0) {
+    ::kill(pid_, number);
+  }
+}
 
 int ServiceProcess::wait() {
   int status = 0;

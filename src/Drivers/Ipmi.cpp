@@ -182,9 +182,10 @@ Component::LogicalDevice::Fan* Ipmi::newFan(const DriverArgs& args) {
   const uint8_t fanId = requiredByte(args.driverArgs, "fanId");
   TRACE(0, "Creating new Ipmi Fan id %hhu", fanId);
   CHECK_TEXT(fanId >= 1 && fanId <= kLastFan, "fanId >= 1 && fanId <= 7");
-  const bool ownMaximum = args.driverArgs.find("maxRpm") != args.driverArgs.end();
-  const int32_t maxRpm = ownMaximum ? requiredNumber(args.driverArgs, "maxRpm")
-                                    : requiredNumber(deviceArgs_, "maxFanRpm");
+  // The device may have been made by the description of another of its parts, which names no speed.
+  const char* maximum = args.driverArgs.count("maxRpm") != 0 ? "maxRpm" : "maxFanRpm";
+  const ArgMap& holder = args.driverArgs.count(maximum) != 0 ? args.driverArgs : deviceArgs_;
+  const int32_t maxRpm = requiredNumber(holder, maximum);
   return new Fan(ham_, fanId, maxRpm, requiredArg(args.driverArgs, "ipmiKey"));
 }
 

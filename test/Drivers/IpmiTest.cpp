@@ -235,6 +235,13 @@ TEST_F(IpmiDevice, TakesAFansMaximumFromTheFanOrTheDevice) {
   EXPECT_THROW(with->newFan(settings(wrong)), std::invalid_argument);
 }
 
+TEST_F(IpmiDevice, TakesTheDevicesMaximumFromAFansDescriptionToo) {
+  const auto made = device();
+  EXPECT_NE(std::unique_ptr<Fan>(
+                made->newFan(settings({{"fanId", "1"}, {"ipmiKey", "x"}, {"maxFanRpm", "9000"}}))),
+            nullptr);
+}
+
 TEST_F(IpmiDevice, WantsAFansArguments) {
   const auto made = device({{"maxFanRpm", "9000"}});
   EXPECT_CHECK(made->newFan(settings({{"ipmiKey", "x"}})), kUnit, kRequired);

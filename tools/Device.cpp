@@ -13,7 +13,7 @@ Outcome attempt(const std::function<pl_status()>& call) {
   Outcome outcome;
   try {
     outcome.status = call();
-    if (!outcome.ok()) {
+    if (outcome.failed()) {
       outcome.reason = trace().reason();
     }
   } catch (const std::exception& error) {

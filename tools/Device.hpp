@@ -15,7 +15,7 @@ namespace Nimbo {
 struct Outcome {
   pl_status status = PL_STATUS_OK;
   bool broken = false;  // no status was given at all
-  std::string reason;   // in the library's own words; empty when all went well
+  std::string reason;   // of a failure, in the library's own words
 
   bool ok() const { return !broken && status == PL_STATUS_OK; }
   // An empty slot is an answer like any other.

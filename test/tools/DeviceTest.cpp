@@ -15,7 +15,10 @@ using namespace Nimbo;
 Reading works(Record, const Entry&) { return {PL_STATUS_OK, 7.0}; }
 Reading stalls(Record, const Entry&) { return {PL_STATUS_FAULT, 9.0}; }
 Reading isEmpty(Record, const Entry&) { return {PL_STATUS_EMPTY, {}}; }
-Reading isEmptyAndSaysSo(Record, const Entry&) { return {PL_STATUS_EMPTY, false}; }
+Reading isEmptyAndSaysSo(Record, const Entry&) {
+  pl_trace(0, "nobody is here");
+  return {PL_STATUS_EMPTY, false};
+}
 Reading noAnswer(Record, const Entry&) {
   pl_trace(0, "bus hangs");
   return {PL_STATUS_REMOTE, {}};
@@ -79,6 +82,10 @@ TEST(Device, ValueOfAnEmptySlotIsKept) {
   const Observation seen = look(isEmptyAndSaysSo, works);
   EXPECT_EQ(seen.status(), "EMPTY");
   EXPECT_EQ(std::get<bool>(seen.readings[0].value), false);
+}
+
+TEST(Device, WhatIsTracedOfAnEmptySlotIsNoReason) {
+  EXPECT_EQ(look(isEmptyAndSaysSo, works).outcome.reason, "");
 }
 
 TEST(Device, FailureCountsMoreThanAnEmptySlot) {

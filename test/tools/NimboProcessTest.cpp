@@ -178,6 +178,13 @@ TEST_F(NimboProcess, BeaconOfAllLedsEndsInTheDark) {
   EXPECT_EQ(registers("/HalvPsuPCA9555-PsuPCA"), "3400\n");
 }
 
+TEST_F(NimboProcess, OnlyABeaconHasAnEnd) {
+  const TestSupport::Result result = nimbo({"led", "psu1", "good", "--seconds", "2"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_EQ(result.err,
+            "nimbo: --seconds ends a beacon; an LED that is set to \"good\" stays so\n");
+}
+
 TEST_F(NimboProcess, CagesAreControlled) {
   const TestSupport::Result result = nimbo({"xcvr", "qsfp49", "lpmode", "on"});
   EXPECT_EQ(result.code, 0) << result.err;

@@ -70,9 +70,13 @@ void blink(double seconds) {
 }
 
 ExitCode run(const Options& options, const Arguments& arguments) {
+  const pl_led_status setting = settingOf(arguments.setting);
+  if (arguments.seconds > 0 && setting != PL_LED_BEACON) {
+    throw UsageError("--seconds ends a beacon; an LED that is set to \"" + arguments.setting +
+                     "\" stays so");
+  }
   const Session session(options);
   const std::vector<Device> leds = chosen(session, arguments.name);
-  const pl_led_status setting = settingOf(arguments.setting);
   const ExitCode code = set(leds, setting);
   if (setting != PL_LED_BEACON) {
     return code;

@@ -69,6 +69,15 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addEepromCommand(app, options, run);
 }
 
+// A word that nobody took is more to the point than what is then missing, a subcommand for instance.
+std::string complaint(const CLI::App* app, const CLI::Error& error) {
+  constexpr auto kExtras = static_cast<int>(CLI::ExitCodes::ExtrasError);  // names them itself
+  const std::vector<std::string> extras = app->remaining(true);
+  const bool untold = !extras.empty() && error.get_exit_code() != kExtras;
+  return "nimbo: " + (untold ? "\"" + extras.front() + "\" is not known here; " : "") +
+         CLI::FailureMessage::simple(app, error);
+}
+
 int report(const std::exception& error, ExitCode code) {
   std::fprintf(stderr, "nimbo: %s\n", error.what());
   return code;
@@ -100,6 +109,7 @@ int main(int argc, char** argv) {
   CLI::App app(kDescription, "nimbo");
   Options options;
   Run run;
+  app.failure_message(complaint);
   addOptions(app, options);
   addCommands(app, options, run);
   try {

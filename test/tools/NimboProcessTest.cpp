@@ -373,6 +373,10 @@ TEST_F(NimboProcess, WrongCommandLineExitsWithTwo) {
   EXPECT_EQ(nimbo({"show", "doors"}).code, 2);
   EXPECT_EQ(nimbo({"--trace", "9", "show"}).code, 2);
   EXPECT_EQ(nimbo({"fan", "set", "fan1", "-5"}).code, 2);
+  EXPECT_EQ(nimbo({"fan", "set", "fan1", "-5"}).err,
+            "nimbo: RPM: Value -5 not in range 0 to 2147483647\n"
+            "Run with --help for more information.\n");
+  EXPECT_THAT(nimbo({"dance"}).err, HasSubstr("nimbo: \"dance\" is not known here; "));
   EXPECT_EQ(nimbo({"led", "psu1", "6"}).code, 2);
   EXPECT_EQ(nimbo({"xcvr", "qsfp49", "reset", "1"}).code, 2);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 #include <fmt/format.h>
@@ -85,7 +86,7 @@ void addFanCommand(CLI::App& app, const Options& options, Run& run) {
   set->add_option("NAME", arguments->name, "The fan's name, as shown by nimbo show")->required();
   set->add_option("RPM", arguments->rpm, "Revolutions per minute")
       ->required()
-      ->check(CLI::NonNegativeNumber);
+      ->check(CLI::Range(0, std::numeric_limits<int>::max()));
   set->callback([&options, &run, arguments] {
     run = [&options, arguments] { return setSpeed(options, *arguments); };
   });

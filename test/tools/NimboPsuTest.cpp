@@ -209,7 +209,10 @@ TEST_F(LivePsu, PmbusSnapshotShowsLatchedFaultsAndLeavesThem) {
     EXPECT_EQ(result.code, 0) << result.err;
     EXPECT_THAT(result.out, testing::StartsWith("STATUS_WORD         0x2008 INPUT VIN_UV_FAULT\n"));
     EXPECT_THAT(result.out, HasSubstr("STATUS_INPUT        0x18 VIN_UV_FAULT OFF_FOR_LOW_VIN\n"));
+    EXPECT_THAT(result.out, HasSubstr("STATUS_OTHER        0x00\nSTATUS_MFR_SPECIFIC 0x00\n"));
+    EXPECT_THAT(result.out, HasSubstr("STATUS_FANS_3_4     0x00\n"));
     EXPECT_THAT(result.out, HasSubstr("READ_VIN            230.000 V\n"));
+    EXPECT_THAT(result.out, HasSubstr("READ_FAN_SPEED_2    0 RPM\n"));
     EXPECT_THAT(result.out, HasSubstr("READ_VOUT           12.000 V\n"));
     EXPECT_THAT(result.out, HasSubstr("MFR_MODEL           EP750AB12\n"));
   }

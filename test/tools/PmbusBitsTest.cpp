@@ -23,6 +23,7 @@ TEST(PmbusBits, BitsAreNamedFromTheTop) {
 
 TEST(PmbusBits, BitWithoutANameIsNumbered) {
   EXPECT_THAT(pmbusBits(PmbusCode::STATUS_TEMPERATURE, 0x81), ElementsAre("OT_FAULT", "BIT_0"));
+  EXPECT_THAT(pmbusBits(PmbusCode::STATUS_MFR_SPECIFIC, 0x82), ElementsAre("BIT_7", "BIT_1"));
 }
 
 TEST(PmbusBits, EveryBitOfEveryRegisterSaysSomething) {

@@ -149,15 +149,17 @@ Answers readAll(pl_smbus* device, const std::string& name) {
 std::string textOf(const Answer& answer, const PmbusState& state) {
   const Meaning meaning =
       pmbusMeaning(static_cast<uint8_t>(answer.command->code), answer.data, state);
-  if (isPmbusStatus(answer.command->code)) {
-    return fmt::format("0x{:0{}x} {}", answer.word(), 2 * answer.data.size(),
-                       fmt::join(pmbusBits(answer.command->code, answer.word()), " "));
-  }
   if (meaning.value) {
-    return fmt::format("{:.3f} {}", *meaning.value, meaning.unit);
+    return fmt::format("{:.{}f} {}", *meaning.value, meaning.unit == "RPM" ? 0 : 3, meaning.unit);
   }
-  return meaning.text ? *meaning.text
-                      : fmt::format("0x{:0{}x}", answer.word(), 2 * answer.data.size());
+  if (meaning.text) {
+    return *meaning.text;
+  }
+  std::string text = fmt::format("0x{:0{}x}", answer.word(), 2 * answer.data.size());
+  for (const std::string& bit : pmbusBits(answer.command->code, answer.word())) {
+    text += " " + bit;
+  }
+  return text;
 }
 
 void writeJson(rapidjson::PrettyWriter<rapidjson::StringBuffer>& writer, const Answer& answer,

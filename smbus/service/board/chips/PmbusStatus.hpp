@@ -33,7 +33,7 @@ class PmbusStatus {
   static constexpr uint8_t kFan1Fault = 0x80;
   static constexpr uint8_t kFan2Fault = 0x40;
 
-  // `code` is one of STATUS_VOUT to STATUS_CML, or STATUS_FANS_1_2.
+  // `code` is one of STATUS_VOUT to STATUS_FANS_3_4.
   void raise(PmbusCode code, uint8_t bits) { at(code) |= bits; }
   void clear(PmbusCode code, uint8_t bits) { at(code) &= static_cast<uint8_t>(~bits); }
   void clear() { registers_ = {}; }
@@ -45,7 +45,7 @@ class PmbusStatus {
 
  private:
   static constexpr size_t kFirst = static_cast<size_t>(PmbusCode::STATUS_VOUT);
-  static constexpr size_t kLast = static_cast<size_t>(PmbusCode::STATUS_FANS_1_2);
+  static constexpr size_t kLast = static_cast<size_t>(PmbusCode::STATUS_FANS_3_4);
 
   static size_t index(PmbusCode code) { return static_cast<size_t>(code) - kFirst; }
   uint8_t& at(PmbusCode code) { return registers_[index(code)]; }

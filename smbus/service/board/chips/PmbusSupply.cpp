@@ -232,7 +232,10 @@ bool PmbusSupply::writeCommand(uint8_t code, std::span<const uint8_t> data) {
     case STATUS_INPUT:
     case STATUS_TEMPERATURE:
     case STATUS_CML:
+    case STATUS_OTHER:
+    case STATUS_MFR_SPECIFIC:
     case STATUS_FANS_1_2:
+    case STATUS_FANS_3_4:
       status_.clear(PmbusCode{code}, data[0]);
       break;
     default:

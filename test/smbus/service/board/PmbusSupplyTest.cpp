@@ -87,6 +87,9 @@ TEST_F(PmbusSupplyTest, APageThatIsNotThereIsInvalidData) {
 
 TEST_F(PmbusSupplyTest, AHealthySupplyHasNoStatus) {
   EXPECT_EQ(word(0x79), 0u);
+  for (uint8_t status = 0x7A; status <= 0x82; ++status) {
+    EXPECT_EQ(byte(status), 0u) << unsigned{status};
+  }
   EXPECT_EQ(board->get("good"), 1);
 }
 

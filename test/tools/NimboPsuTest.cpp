@@ -86,6 +86,13 @@ TEST_F(NimboPsu, SimulatedSupplyIsExchangedInItsMemory) {
   EXPECT_STREQ(entry(parsed(line), "slots", "psu2")["model"].GetString(), "DPS550AB6A");
 }
 
+TEST_F(NimboPsu, SimulatedSuppliesHaveNoPmbusRegisters) {
+  const Result result = nimbo({"pmbus", "psu1-dps"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_EQ(result.err,
+            "nimbo: simulated supplies have no PMBus registers; ask a live one with --live\n");
+}
+
 TEST_F(LivePsu, BothBaysShowTheirSupplies) {
   const rapidjson::Document report = shown();
   EXPECT_STREQ(entry(report, "slots", "psu1")["descriptor"].GetString(),

@@ -38,7 +38,9 @@ constexpr const char* kDetails =
     "that\n"
     "latched faults stay: status registers first, then VOUT_MODE, readings and texts. A command "
     "that\n"
-    "the supply does not answer is left out.";
+    "the supply does not answer is left out.\n"
+    "\n"
+    "  nimbo --live pmbus psu1-emerson";
 
 // What a supply answered to one command.
 struct Answer {
@@ -213,6 +215,9 @@ void print(const Answers& answers, bool asJson) {
 }
 
 ExitCode run(const Options& options, const std::string& name) {
+  if (!options.live) {
+    throw UsageError("simulated supplies have no PMBus registers; ask a live one with --live");
+  }
   const Session session(options);
   const Entry entry = supplyEntry(session, name);
   auto* const device = session.library().function<decltype(pl_smbus_add)>("pl_smbus_add")(

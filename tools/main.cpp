@@ -69,7 +69,8 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   Nimbo::addEepromCommand(app, options, run);
 }
 
-// A word that nobody took is more to the point than what is then missing, a subcommand for instance.
+// A word that nobody took is more to the point than what is then missing, a subcommand for
+// instance.
 std::string complaint(const CLI::App* app, const CLI::Error& error) {
   constexpr auto kExtras = static_cast<int>(CLI::ExitCodes::ExtrasError);  // names them itself
   const std::vector<std::string> extras = app->remaining(true);

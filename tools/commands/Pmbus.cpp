@@ -34,11 +34,9 @@ using Chips::PmbusFormat;
 
 constexpr const char* kHelp = "Show a power supply's PMBus registers, decoded";
 constexpr const char* kDetails =
-    "NAME is an entry of the board description's \"psus\" list. The registers are only read, so "
-    "that\n"
-    "latched faults stay: status registers first, then VOUT_MODE, readings and texts. A command "
-    "that\n"
-    "the supply does not answer is left out.\n"
+    "NAME is an entry of the board description's \"psus\" list. The registers are only read, so\n"
+    "that latched faults stay: status registers first, then VOUT_MODE, readings and texts. A\n"
+    "command that the supply does not answer is left out.\n"
     "\n"
     "  nimbo --live pmbus psu1-emerson";
 

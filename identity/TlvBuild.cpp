@@ -1,24 +1,72 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <sstream>
+
 #include "identity/Build.hpp"
 #include "identity/Checksum.hpp"
+#include "identity/Text.hpp"
 #include "identity/TlvFormat.hpp"
 #include "identity/Value.hpp"
 
 namespace Identity {
 namespace {
 
-TlvRecord recordOf(const std::string& type, const Config::Item& value) {
-  const std::optional<uint32_t> number = Config::parseNumber(type);
-  if (!number || *number >= Tlv::kChecksum) {
-    value.fail(fmt::format("\"{}\" is no type; write one from \"0x00\" to \"0xFD\"", type));
+using Tlv::Form;
+using Tlv::Type;
+
+// As many bytes as the type has.
+Bytes numberBytes(const Type& type, const Config::Item& value) {
+  const uint32_t number = value.number(0, (1u << (8 * type.least)) - 1);
+  Bytes bytes;
+  for (size_t i = type.least; i-- > 0;) {
+    bytes.push_back(static_cast<uint8_t>(number >> (8 * i)));
   }
-  Bytes bytes = bytesOf(value);
+  return bytes;
+}
+
+Bytes addressBytes(const Config::Item& value) {
+  const std::string text = value.text();
+  std::istringstream parts(text);
+  Bytes bytes;
+  for (std::string part; std::getline(parts, part, ':');) {
+    bytes.push_back(static_cast<uint8_t>(std::strtoul(part.c_str(), nullptr, 16)));
+  }
+  std::string lower = text;
+  std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return std::tolower(c); });
+  // The text of the bytes is the one that was written, or it was no address.
+  if (hexText(bytes, ':') != lower) {
+    value.fail("write an address, like \"00:1c:73:00:01:ff\"");
+  }
+  return bytes;
+}
+
+// A list of bytes is taken as it is, whatever the type.
+Bytes valueOf(const Type& type, const Config::Item& value) {
+  const bool list = value.value.IsArray();
+  return !list && type.form == Form::kNumber    ? numberBytes(type, value)
+         : !list && type.form == Form::kAddress ? addressBytes(value)
+                                                : bytesOf(value);
+}
+
+TlvRecord recordOf(const std::string& key, const Config::Item& value) {
+  const std::optional<uint32_t> code = Config::parseNumber(key);
+  if (!code || *code >= Tlv::kChecksum) {
+    value.fail(fmt::format("\"{}\" is no type; write one from \"0x00\" to \"0xFD\"", key));
+  }
+  const Type* const type = Tlv::findType(static_cast<uint8_t>(*code));
+  Bytes bytes = type == nullptr ? bytesOf(value) : valueOf(*type, value);
   if (bytes.size() > UINT8_MAX) {
     value.fail("at most 255 bytes");
   }
-  return {static_cast<uint8_t>(*number), std::move(bytes)};
+  if (type != nullptr && !Tlv::fits(*type, bytes.size())) {
+    value.fail(fmt::format("{} (\"{}\") has {} bytes, not {}", type->name, key,
+                           Tlv::lengthText(*type), bytes.size()));
+  }
+  return {static_cast<uint8_t>(*code), std::move(bytes)};
 }
 
 void append(Bytes& image, const TlvRecord& record) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "identity/TlvFormat.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
@@ -31,6 +33,11 @@ constexpr std::array kTypes = {
 const Type* findType(uint8_t code) {
   const auto* const type = std::ranges::find(kTypes, code, &Type::code);
   return type == kTypes.end() ? nullptr : type;
+}
+
+std::string lengthText(const Type& type) {
+  return type.least == type.most ? std::to_string(type.least)
+                                 : fmt::format("{} to {}", type.least, type.most);
 }
 
 }  // namespace Identity::Tlv

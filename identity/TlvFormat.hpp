@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "identity/Bytes.hpp"
@@ -41,5 +42,12 @@ struct Type {
 
 // Null: the standard does not name it.
 [[nodiscard]] const Type* findType(uint8_t code);
+
+[[nodiscard]] constexpr bool fits(const Type& type, size_t length) {
+  return length >= type.least && length <= type.most;
+}
+
+// "6", "4 to 255": the lengths that fit.
+[[nodiscard]] std::string lengthText(const Type& type);
 
 }  // namespace Identity::Tlv

@@ -98,9 +98,9 @@ class TlvReader {
                              std::string(type == nullptr ? "" : type->name),
                              {value.begin(), value.end()},
                              textOf(type == nullptr ? Form::kText : type->form, value)});
-    if (type != nullptr && (value.size() < type->least || value.size() > type->most)) {
-      fault(at_ + 1, fmt::format("length of {} (0x{:02X}): {} to {} expected, {} found", type->name,
-                                 code, type->least, type->most, value.size()));
+    if (type != nullptr && !Tlv::fits(*type, value.size())) {
+      fault(at_ + 1, fmt::format("length of {} (0x{:02X}): {} expected, {} found", type->name, code,
+                                 Tlv::lengthText(*type), value.size()));
     }
   }
 

@@ -47,6 +47,29 @@ TEST(IdentityBuild, WhatDoesNotFitIsRefusedAtItsPlace) {
               HasSubstr("at most 255 bytes"));
 }
 
+TEST(IdentityBuild, ValuesOfATlvInfoHaveTheLengthOfTheirType) {
+  EXPECT_EQ(fieldsOf(Identity::readTlvInfo(
+                tlvInfo("{'0x24': '00:1C:73:00:01:ff', '0x26': '0x10', '0x2A': 2, '0x2C': 'US'}"))),
+            "0x24=00:1c:73:00:01:ff 0x26=16 0x2A=2 0x2C=US");
+  EXPECT_EQ(tlvInfo("{'0x2A': 300}"), tlvInfo("{'0x2A': [1, 44]}"));
+  EXPECT_EQ(complaint(tlvInfo, "{'0x24': [1, 2]}"),
+            "eeprom.json:1:22: Base MAC Address (\"0x24\") has 6 bytes, not 2");
+  EXPECT_THAT(complaint(tlvInfo, "{'0xFD': 'ABC'}"), HasSubstr("has 4 to 255 bytes, not 3"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0x26': 256}"), HasSubstr("a whole number from 0 to 255"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0x2A': 65536}"), HasSubstr("a whole number from 0 to 65535"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0x2A': 'many'}"), HasSubstr("a whole number"));
+}
+
+TEST(IdentityBuild, AnAddressIsWrittenInPairsOfDigits) {
+  for (const char* text : {"00:1c:73:00:01:fg", "0:1c:73:00:01:ff", "001c730001ff",
+                           "00:1c:73:00:01:ff:", "00-1c-73-00-01-ff", "00:1c:73:00:01:1ff"}) {
+    EXPECT_THAT(complaint(tlvInfo, std::string("{'0x24': '") + text + "'}"),
+                HasSubstr("write an address, like \"00:1c:73:00:01:ff\""))
+        << text;
+  }
+  EXPECT_THAT(complaint(tlvInfo, "{'0x24': '00:1c:73'}"), HasSubstr("has 6 bytes, not 3"));
+}
+
 TEST(IdentityBuild, MoreRecordsThanTheLengthCanTellAreRefused) {
   std::string records = "{'0x20': 1";
   for (int i = 1; i < 256; ++i) {

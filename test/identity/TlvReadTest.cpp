@@ -69,8 +69,8 @@ TEST(TlvRead, TheChecksumIsTheLastRecord) {
 }
 
 TEST(TlvRead, LengthsAreThoseOfTheStandard) {
-  EXPECT_EQ(faults(tlvInfo("{'0x24': [1, 2, 3, 4, 5], '0x26': 1, '0xFD': [0, 1]}")),
-            "0x000C: length of Base MAC Address (0x24): 6 to 6 expected, 5 found\n"
+  EXPECT_EQ(faults(Identity::buildTlvInfo({{0x24, Bytes(5)}, {0x26, Bytes(1)}, {0xFD, Bytes(2)}})),
+            "0x000C: length of Base MAC Address (0x24): 6 expected, 5 found\n"
             "0x0016: length of Vendor Extension (0xFD): 4 to 255 expected, 2 found\n");
 }
 

@@ -57,6 +57,11 @@ TEST_F(NimboEeprom, AFruIsKnownByItsFirstByte) {
   EXPECT_THAT(look("show").out, HasSubstr("board.serial  Board Serial Number  B1\n"));
 }
 
+TEST_F(NimboEeprom, OneFieldIsNoFields) {
+  EXPECT_EQ(build(R"({"tlvInfo": {"0x2A": 300}})").code, 0);
+  EXPECT_THAT(look("check").out, HasSubstr(": TlvInfo with 1 field, checksums right\n"));
+}
+
 TEST_F(NimboEeprom, ProgramsGetJson) {
   build(kTlvInfo);
   write("image", contents("image").substr(0, 28));

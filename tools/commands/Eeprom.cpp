@@ -157,8 +157,9 @@ ExitCode check(const Options& options, const std::string& path) {
   if (options.json) {
     std::puts(ImageJson(image).text());
   } else if (image.faults.empty()) {
-    std::puts(fmt::format("{}: {} with {} fields, checksums right", path, nameOf(image.format),
-                          image.fields.size())
+    const size_t fields = image.fields.size();
+    std::puts(fmt::format("{}: {} with {} field{}, checksums right", path, nameOf(image.format),
+                          fields, fields == 1 ? "" : "s")
                   .c_str());
   }
   return tellFaults(path, image);

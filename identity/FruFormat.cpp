@@ -30,9 +30,9 @@ constexpr std::array kProductFields = {
 };
 
 constexpr std::array kAreas = {
-    Area{"chassis.", "chassis info area", 2, 3, false, kChassisFields},
-    Area{"board.", "board info area", 3, 6, true, kBoardFields},
-    Area{"", "product info area", 4, 3, false, kProductFields},
+    Area{"chassis.", "chassis info area", 2, 3, false, false, kChassisFields},
+    Area{"board.", "board info area", 3, 6, true, true, kBoardFields},
+    Area{"", "product info area", 4, 3, true, false, kProductFields},
 };
 
 }  // namespace

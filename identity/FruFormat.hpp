@@ -31,6 +31,12 @@ constexpr size_t kAreaLengthAt = 1;
 constexpr uint8_t kEndOfFields = 0xC1;
 constexpr uint8_t kLengthMask = 0x3F;
 
+// Board and product info areas say behind their length in what language their texts are; a chassis
+// info area has its type there and is English (§10 to §12, §15).
+constexpr size_t kLanguageAt = 2;
+
+constexpr bool isEnglish(uint8_t language) { return language == 0 || language == 25; }
+
 enum class FieldType : uint8_t { kBinary, kBcdPlus, kSixBit, kText };
 
 constexpr uint8_t typeLength(FieldType type, size_t length) {
@@ -52,6 +58,7 @@ struct Area {
   std::string_view name;
   size_t offsetAt;  // in the common header
   size_t fieldsAt;  // in the area
+  bool hasLanguage;
   bool hasDate;
   std::span<const Field> fields;
 };

@@ -14,14 +14,15 @@ namespace {
 
 using Fru::FieldType;
 
-std::string textOf(FieldType type, View bytes) {
+// A text that is not English is UTF-16 (§13).
+std::string textOf(FieldType type, bool english, View bytes) {
   switch (type) {
     case FieldType::kBcdPlus:
       return bcdPlusText(bytes);
     case FieldType::kSixBit:
       return sixBitText(bytes);
     case FieldType::kText:
-      return plainText(bytes);
+      return english ? plainText(bytes) : wideText(bytes);
     case FieldType::kBinary:
       break;
   }
@@ -112,6 +113,7 @@ class FruReader {
     if (begin + area.fieldsAt > end) {
       return;
     }
+    english_ = !area.hasLanguage || Fru::isEnglish(bytes_[begin + Fru::kLanguageAt]);
     if (area.hasDate) {
       addDate(area, begin + Fru::kDateAt);
     }
@@ -161,10 +163,11 @@ class FruReader {
                : fmt::format("{}custom{}", area.key, index - area.fields.size() + 1),
          std::string(known ? area.fields[index].name : ""),
          {value.begin(), value.end()},
-         textOf(static_cast<FieldType>(bytes_[at] >> 6), value)});
+         textOf(static_cast<FieldType>(bytes_[at] >> 6), english_, value)});
   }
 
   const View bytes_;
+  bool english_ = true;  // the area that is read
   Image image_{Format::kFru, {}, {}};
 };
 

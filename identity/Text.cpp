@@ -7,6 +7,11 @@
 #include <string_view>
 
 namespace Identity {
+namespace {
+
+constexpr bool isPrintable(uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
+
+}  // namespace
 
 std::string hexText(View bytes, char separator) {
   std::string text;
@@ -20,9 +25,20 @@ std::string hexText(View bytes, char separator) {
 }
 
 std::string plainText(View bytes) {
-  const bool printable =
-      std::ranges::all_of(bytes, [](uint8_t byte) { return byte >= 0x20 && byte < 0x7F; });
-  return printable ? std::string(bytes.begin(), bytes.end()) : hexText(bytes);
+  return std::ranges::all_of(bytes, isPrintable) ? std::string(bytes.begin(), bytes.end())
+                                                 : hexText(bytes);
+}
+
+std::string wideText(View bytes) {
+  if (bytes.size() % 2 != 0) {
+    return hexText(bytes);
+  }
+  std::string text;
+  for (size_t i = 0; i < bytes.size(); i += 2) {
+    const bool shown = bytes[i + 1] == 0 && isPrintable(bytes[i]);
+    text += shown ? static_cast<char>(bytes[i]) : '?';
+  }
+  return text;
 }
 
 std::string numberText(View bytes) {

@@ -22,6 +22,10 @@ namespace Identity {
 // that is reserved.
 [[nodiscard]] std::string bcdPlusText(View bytes);
 
+// UTF-16, each unit's least significant byte first; '?' for what is not printable ASCII. An odd
+// number of bytes is as hexText.
+[[nodiscard]] std::string wideText(View bytes);
+
 // FRU §13.2: four characters in three bytes, from the least significant bits on.
 [[nodiscard]] std::string sixBitText(View bytes);
 

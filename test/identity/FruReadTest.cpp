@@ -99,6 +99,16 @@ TEST(FruRead, FieldsAreShownByTheirEncoding) {
   EXPECT_EQ(faults(image), "");
 }
 
+TEST(FruRead, TextsOfOtherLanguagesThanEnglishAreWide) {
+  constexpr uint8_t kEnglish = 25;
+  constexpr uint8_t kGerman = 4;
+  EXPECT_EQ(fieldsOf(readFru(product({1, 1, kEnglish, 0xC2, 'M', 'F', 0xC1, 0}))),
+            "manufacturer=MF");
+  EXPECT_EQ(fieldsOf(readFru(product(
+                {1, 2, kGerman, 0xC4, 'M', 0, 0xFC, 0, 0x42, 0x10, 0xA2, 0xC1, 0, 0, 0, 0}))),
+            "manufacturer=M? name=10 2");
+}
+
 TEST(FruRead, BoardAndChassisHaveKeysOfTheirOwn) {
   EXPECT_EQ(fieldsOf(readFru(
                 withArea(3, {1, 2, 0, 0, 0, 0, 0xC0, 0xC0, 0xC2, 'S', '1', 0xC1, 0, 0, 0, 0}))),

@@ -20,6 +20,11 @@ TEST(IdentityText, ANumberHasItsMostSignificantByteFirst) {
 }
 
 // The standard's example: "IPMI" in 6-bit ASCII.
+TEST(IdentityText, AWideCharacterHasTwoBytes) {
+  EXPECT_EQ(wideText(Bytes{'a', 0, 0x3A, 0x26, '~', 0, 0x1B, 0}), "a?~?");
+  EXPECT_EQ(wideText(Bytes{'a', 0, 'b'}), "61 00 62");
+}
+
 TEST(IdentityText, SixBitCharactersBeginWithTheLeastSignificantBits) {
   EXPECT_EQ(sixBitText(Bytes{0x29, 0xDC, 0xA6}), "IPMI");
 }

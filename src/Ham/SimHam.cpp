@@ -94,12 +94,23 @@ class LockedFile {
 
   // The first `size` bytes; MAP_FAILED on failure.
   void* map(size_t size, int protection, int flags) {
-    size_ = size;
-    memory_ = ::mmap(nullptr, size, protection, flags, fd_, 0);
+    if (reachesPageOf(size)) {
+      size_ = size;
+      memory_ = ::mmap(nullptr, size, protection, flags, fd_, 0);
+    }
     return memory_;
   }
 
  private:
+  // Whether the file has something in the page in which its first `size` bytes end. A mapping of
+  // less can be made, but touching its last page is a bus error. Missing bytes of a page are 0.
+  bool reachesPageOf(size_t size) const {
+    const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    struct stat status {};
+    return size > 0 && ::fstat(fd_, &status) == 0 &&
+           static_cast<size_t>(status.st_size) > (size - 1) / page * page;
+  }
+
   void lock(int command, short type) {
     struct flock record {};
     record.l_type = type;

@@ -347,6 +347,28 @@ TEST_F(SimHam, NoticesAFileThatCouldNotBeCreatedAtItsFirstUse) {
   EXPECT_CHECK(read8(0x10), kUnit, "mm != ((void *) -1)");
 }
 
+// Files that others have cut.
+
+TEST_F(SimHam, StopsWhenItsFileIsEmptyAtARead) {
+  simulate({{0x10, {5, 1}}});
+  fs::resize_file(file(), 0);
+  EXPECT_CHECK(read8(0x10), kUnit, "mm != ((void *) -1)");
+}
+
+TEST_F(SimHam, StopsWhenItsFileIsEmptyAtAWrite) {
+  simulate({{0x10, {5, 1}}});
+  ham_.addRead8(0x10);
+  fs::resize_file(file(), 0);
+  EXPECT_CHECK(ham_.addWrite8(0x10, 1, false), kUnit, "mm != ((void *) -1)");
+}
+
+TEST_F(SimHam, ReadsTheMissingEndOfAShortFileAsZero) {
+  simulate({{0x10, {5, 1}}, {0x11, {0x1234, 2}}});
+  fs::resize_file(file(), 4);
+  EXPECT_EQ(read8(0x10), 5);
+  EXPECT_EQ(read16(0x11), 0x12);
+}
+
 // The directory.
 
 TEST(SimHamDirectory, IsCreatedWhenItIsMissing) {

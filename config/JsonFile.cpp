@@ -2,22 +2,20 @@
 #include "config/JsonFile.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <sstream>
 #include <vector>
 
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
+#include "config/File.hpp"
 #include "config/Schema.hpp"
 
 namespace Config {
 
 namespace {
 
+constexpr size_t kLargest = 64 * 1024 * 1024;  // bytes
 constexpr size_t kMaxDepth = 100;
 constexpr unsigned kParseFlags = rapidjson::kParseValidateEncodingFlag;
 
@@ -157,16 +155,7 @@ JsonFile::JsonFile(std::string name, std::string text)
   }
 }
 
-JsonFile JsonFile::load(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  std::ostringstream text;
-  // An empty file copies nothing, which marks `text` as failed and is no failure to read.
-  text << stream.rdbuf();
-  if (!stream.is_open() || stream.bad()) {
-    throw FileError({path}, std::string("cannot be read: ") + std::strerror(errno));
-  }
-  return parse(path, text.str());
-}
+JsonFile JsonFile::load(const std::string& path) { return parse(path, readFile(path, kLargest)); }
 
 JsonFile JsonFile::parse(std::string name, std::string text) {
   return JsonFile(std::move(name), std::move(text));

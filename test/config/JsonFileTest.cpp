@@ -110,6 +110,15 @@ TEST(JsonFile, FileThatCannotBeReadIsNamed) {
   }
 }
 
+TEST(JsonFile, ADirectoryIsNoFile) {
+  try {
+    JsonFile::load("/tmp");
+    FAIL() << "was read";
+  } catch (const FileError& error) {
+    EXPECT_STREQ(error.what(), "/tmp: cannot be read: Is a directory");
+  }
+}
+
 TEST(JsonFile, FailPutsThePlaceBeforeTheMessage) {
   const JsonFile file = JsonFile::parse("f", "{\n\"a\": 1}");
   try {

@@ -119,7 +119,12 @@ TEST_F(NimboBoard, AScenarioWithAMistakeIsToldWithItsPlace) {
   const std::string path = directory_ + "/scenario.json";
   std::ofstream(path) << "{\"steps\": [\n{\"atMs\": 1, \"event\": \"flood\"}]}";
   EXPECT_THAT(complaint({"scenario", path}), HasSubstr(path + ":2:22: there is no event"));
-  EXPECT_EQ(board({"scenario", directory_ + "/nowhere"}).code, 2);
+  const std::string nowhere = directory_ + "/nowhere";
+  EXPECT_EQ(complaint({"scenario", nowhere}),
+            nowhere + ": cannot be read: No such file or directory\n");
+  EXPECT_EQ(complaint({"scenario", directory_}), directory_ + ": cannot be read: Is a directory\n");
+  std::ofstream(path, std::ios::trunc);
+  EXPECT_THAT(complaint({"scenario", path}), HasSubstr("the file is empty"));
 }
 
 TEST_F(NimboBoard, WhatIsNotThereIsToldWithWhatThereIs) {

@@ -106,10 +106,11 @@ TEST_F(NimboEeprom, WhatIsNoImageIsToldWithItsBeginning) {
 
 TEST_F(NimboEeprom, FilesThatCannotBeReadAreNamed) {
   EXPECT_EQ(look("show").code, 1);
-  EXPECT_EQ(look("show").err, path("image") + ": No such file or directory\n");
+  EXPECT_EQ(look("show").err, path("image") + ": cannot be read: No such file or directory\n");
   write("image", "");
   EXPECT_EQ(look("check").err, path("image") + ": the file is empty\n");
-  EXPECT_EQ(nimbo({"eeprom", "check", directory_}).err, directory_ + ": Is a directory\n");
+  EXPECT_EQ(nimbo({"eeprom", "check", directory_}).err,
+            directory_ + ": cannot be read: Is a directory\n");
   EXPECT_EQ(nimbo({"eeprom", "check", "/dev/zero"}).err, "/dev/zero: more than 1048576 bytes\n");
 }
 

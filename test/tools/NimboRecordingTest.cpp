@@ -123,7 +123,7 @@ TEST_F(NimboRecording, ASnapshotNeedsALiveBoardAndAFileToWrite) {
   LiveService service(socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION});
   const Result nowhere = nimbo({"--live", "record", directory_ + "/nowhere/board.json"});
   EXPECT_EQ(nowhere.code, 1);
-  EXPECT_THAT(nowhere.err, HasSubstr("nowhere/board.json: No such file or directory"));
+  EXPECT_THAT(nowhere.err, HasSubstr("nowhere/board.json: cannot be written: No such file or directory"));
 }
 
 TEST_F(NimboRecording, TraceNamesDevicesAndFailures) {
@@ -167,7 +167,7 @@ TEST_F(NimboRecording, TraceTellsADamagedLineAndGoesOn) {
 TEST_F(NimboRecording, TraceOfWhatItCannotReadSaysSo) {
   const Result missing = nimbo({"trace", recording()});
   EXPECT_EQ(missing.code, 1);
-  EXPECT_EQ(missing.err, recording() + ": No such file or directory\n");
+  EXPECT_EQ(missing.err, recording() + ": cannot be read: No such file or directory\n");
   EXPECT_EQ(nimbo({"trace"}).code, 2);
   const Result time = nimbo({"trace", recording(), "--since", "noon"});
   EXPECT_EQ(time.code, 2);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 #include <memory>
 
 #include <unistd.h>
 
+#include "config/File.hpp"
+#include "config/FileError.hpp"
 #include "config/JsonLine.hpp"
 #include "tools/BoardTables.hpp"
 #include "tools/ControlClient.hpp"
@@ -15,6 +15,8 @@
 namespace Nimbo {
 
 namespace {
+
+constexpr size_t kLargestScenario = 16 * 1024 * 1024;  // bytes
 
 constexpr const char* kHelp = "Look at and change the service's virtual board while it runs";
 constexpr const char* kDetails =
@@ -104,10 +106,9 @@ void putFault(const Words& words, Config::JsonLine& request) {
 
 // The service need not be able to read the file.
 void putScenario(const Words& words, Config::JsonLine& request) {
-  std::ifstream file(words.name);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
-  if (!file) {
-    throw UsageError(words.name + ": cannot be read");
+  const std::string text = Config::readFile(words.name, kLargestScenario);
+  if (text.empty()) {
+    throw Config::FileError({words.name}, "the file is empty; a scenario is a JSON object");
   }
   putName(words, request);
   request.put("text", text);

@@ -6,13 +6,13 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
+#include "config/File.hpp"
 #include "config/FileError.hpp"
 #include "config/JsonFile.hpp"
 #include "config/Settings.hpp"
 #include "identity/Build.hpp"
 #include "identity/Image.hpp"
 #include "identity/Text.hpp"
-#include "tools/File.hpp"
 #include "tools/Table.hpp"
 #include "tools/commands/Commands.hpp"
 
@@ -54,12 +54,13 @@ Bytes imageOf(const Config::JsonFile& file) {
 
 ExitCode build(const std::string& in, const std::string& out) {
   const Bytes image = imageOf(Config::JsonFile::load(in));
-  writeFile(out, {reinterpret_cast<const char*>(image.data()), image.size()});
+  Config::writeFile(out, {reinterpret_cast<const char*>(image.data()), image.size()});
   return kAllFine;
 }
 
 Image read(const std::string& path) {
-  const Bytes bytes = readFile(path, kLargest);
+  const std::string contents = Config::readFile(path, kLargest);
+  const Bytes bytes(contents.begin(), contents.end());
   if (bytes.empty()) {
     throw Config::FileError({path}, "the file is empty");
   }

@@ -4,9 +4,9 @@
 
 #include <fmt/format.h>
 
+#include "config/File.hpp"
 #include "config/JsonValue.hpp"
 #include "pl/pl_smbus.h"
-#include "tools/File.hpp"
 #include "tools/Session.hpp"
 #include "tools/commands/Commands.hpp"
 #include "tools/recording/BoardSnapshot.hpp"
@@ -95,7 +95,7 @@ ExitCode run(const Options& options, const std::string& path) {
   rapidjson::Document topology;
   topology.Parse(session.board().topology().c_str());
   BoardSnapshot snapshot([&](const Value& device) { return open(session, device); });
-  writeFile(path, snapshot.take(session.board().name(), topology));
+  Config::writeFile(path, snapshot.take(session.board().name(), topology));
   return tell(snapshot.outcomes());
 }
 

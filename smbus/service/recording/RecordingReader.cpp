@@ -15,8 +15,9 @@ constexpr size_t kLongestLine = 16 * 1024 * 1024;
 std::unique_ptr<std::istream> openFile(const std::string& path) {
   errno = 0;
   auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
-  if (!*file) {
-    throw Config::FileError({path}, std::generic_category().message(errno));
+  file->peek();  // a directory opens as well, and cannot be read
+  if (!file->is_open() || file->bad()) {
+    throw Config::FileError({path}, "cannot be read: " + std::generic_category().message(errno));
   }
   return file;
 }

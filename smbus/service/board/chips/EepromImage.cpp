@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 
+#include "config/File.hpp"
 #include "identity/Build.hpp"
 #include "identity/Value.hpp"
 
@@ -18,14 +17,15 @@ namespace {
 
 using Identity::Bytes;
 
-Bytes fileImage(Settings& settings, size_t /*size*/) {
+Bytes fileImage(Settings& settings, size_t size) {
   const Item item = *settings.find("file");
   const auto path = std::filesystem::path(item.file.name()).parent_path() / item.text();
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    item.fail(fmt::format("cannot read {}", path.string()));
+  try {
+    const std::string contents = Config::readFile(path, size);
+    return {contents.begin(), contents.end()};
+  } catch (const Config::FileError& error) {
+    item.fail(error.what());
   }
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 Bytes fruImage(Settings& settings, size_t /*size*/) { return Identity::buildFru(settings); }
@@ -37,7 +37,10 @@ Bytes contentsImage(Settings& settings, size_t size) {
   settings.forEachMember("contents", [&](const std::string& offset, const Item& value) {
     const std::optional<uint32_t> first = parseNumber(offset);
     const Bytes bytes = Identity::bytesOf(value);
-    if (!first || *first > size || bytes.size() > size - *first) {
+    if (!first) {
+      value.fail(fmt::format("\"{}\" is no offset; write one like \"0x10\"", offset));
+    }
+    if (*first > size || bytes.size() > size - *first) {
       value.fail(fmt::format("{} bytes at \"{}\" do not fit; the EEPROM has {}", bytes.size(),
                              offset, size));
     }

@@ -8,8 +8,7 @@
 //               stands for its characters, even "12"
 //   "tlvInfo"   the ONIE TlvInfo format
 //   "fru"       board and product info areas of the IPMI FRU format; identity/Build.hpp has the
-//   keys
-//               of both
+//               keys of both
 #pragma once
 
 #include <cstdint>

@@ -146,8 +146,12 @@ TEST_F(EepromTest, AFileIsFoundBesideTheBoardFile) {
 }
 
 TEST_F(EepromTest, WrongContentsAreRefusedWithARemedy) {
-  EXPECT_THAT(complaint(", 'file': 'none.bin'"), HasSubstr("cannot read none.bin"));
+  EXPECT_THAT(complaint(", 'file': 'none.bin'"),
+              HasSubstr("none.bin: cannot be read: No such file or directory"));
+  EXPECT_THAT(complaint(", 'file': '/tmp'"), HasSubstr("/tmp: cannot be read: Is a directory"));
+  EXPECT_THAT(complaint(", 'file': '/dev/zero'"), HasSubstr("/dev/zero: more than 256 bytes"));
   EXPECT_THAT(complaint(", 'contents': {'0xFF': 'ab'}"), HasSubstr("2 bytes at \"0xFF\""));
+  EXPECT_THAT(complaint(", 'contents': {'end': 'ab'}"), HasSubstr("\"end\" is no offset"));
   EXPECT_THAT(complaint(", 'contents': {}, 'fru': {}"), HasSubstr("there is \"contents\" already"));
   EXPECT_THAT(complaint(", 'fru': {'name': 'x'}"), HasSubstr("2 to 63 characters"));
   EXPECT_THAT(complaint(", 'fru': {'model': 'x'}"), HasSubstr("\"model\" is not known"));

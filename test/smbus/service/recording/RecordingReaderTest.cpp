@@ -86,7 +86,16 @@ TEST(RecordingReader, AFileThatIsNotThereIsRefused) {
     const RecordingReader reader("/nowhere/r");
     FAIL() << "it was read";
   } catch (const Config::FileError& error) {
-    EXPECT_STREQ(error.what(), "/nowhere/r: No such file or directory");
+    EXPECT_STREQ(error.what(), "/nowhere/r: cannot be read: No such file or directory");
+  }
+}
+
+TEST(RecordingReader, ADirectoryIsRefused) {
+  try {
+    const RecordingReader reader("/tmp");
+    FAIL() << "it was read";
+  } catch (const Config::FileError& error) {
+    EXPECT_STREQ(error.what(), "/tmp: cannot be read: Is a directory");
   }
 }
 

@@ -127,6 +127,16 @@ TEST(Configuration, SocketModeIsOctal) {
               StartsWith("dir/smbusd.json:1:21: \"rw\""));
 }
 
+TEST(Configuration, BothSocketsAreCheckedAlike) {
+  for (const char* socket : {"socket", "control"}) {
+    const std::string begin = "{\"" + std::string(socket) + "\": {";
+    EXPECT_THAT(errorOf(begin + "\"path\": 1}, \"buses\": []}"),
+                HasSubstr("expected string, not a number (path of the socket)"));
+    EXPECT_THAT(errorOf(begin + "\"mode\": \"999\"}, \"buses\": []}"), HasSubstr("octal text"));
+    EXPECT_THAT(errorOf(begin + "\"port\": 1}, \"buses\": []}"), HasSubstr("\"port\""));
+  }
+}
+
 TEST(Configuration, ABusThatStandsThereTwiceIsAnError) {
   EXPECT_EQ(errorOf("{\"buses\": [" + std::string(kOneBus) + ",\n" + kOneBus + "]}"),
             "dir/smbusd.json:2:1: I2C bus 5 stands here a second time, first at "

@@ -3,6 +3,7 @@
 // The server as its clients see it, with real threads.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <thread>
 
@@ -18,6 +19,23 @@ Limits quickToGiveUp() {
   limits.busMs = 50;
   return limits;
 }
+
+// While it lives the system has no memory for the stack of a further thread.
+class NoMoreThreads {
+ public:
+  NoMoreThreads() {
+    ::pthread_getattr_default_np(&usual_);
+    pthread_attr_t huge = usual_;
+    ::pthread_attr_setstacksize(&huge, size_t{1} << 47);  // all that there is of addresses
+    ::pthread_setattr_default_np(&huge);
+  }
+  ~NoMoreThreads() { ::pthread_setattr_default_np(&usual_); }
+  NoMoreThreads(const NoMoreThreads&) = delete;
+  NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+
+ private:
+  pthread_attr_t usual_{};
+};
 
 TEST(Server, AnswersTransactionsOneAfterTheOther) {
   TestServer service;
@@ -168,6 +186,20 @@ TEST(Server, AClosedConnectionMakesRoom) {
       std::this_thread::yield();
     }
   }
+  EXPECT_TRUE(isGoodWord(service.connect().call(readWordOn(0))));
+}
+
+TEST(Server, AConnectionThatGetsNoThreadIsClosedAndTheOthersGoOn) {
+  TestServer service;
+  TestClient early = service.connect();
+  ASSERT_TRUE(isGoodWord(early.call(readWordOn(0))));
+  {
+    const NoMoreThreads exhausted;
+    EXPECT_TRUE(service.connect().closedByPeer());
+    EXPECT_TRUE(isGoodWord(early.call(readWordOn(0))));
+  }
+  EXPECT_TRUE(service.log().has("closed: no thread to be had"));
+  EXPECT_EQ(service.server().connections(), 1U);
   EXPECT_TRUE(isGoodWord(service.connect().call(readWordOn(0))));
 }
 

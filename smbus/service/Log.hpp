@@ -21,7 +21,8 @@ class Log {
 class StandardErrorLog : public Log {
  public:
   StandardErrorLog();
-  // Each line is one write, so that lines of several threads are never mixed.
+  // Each line is one write, so that lines of several threads are never mixed. Control characters
+  // are shown as \x0a.
   void line(Level level, std::string_view text) override;
 
  private:

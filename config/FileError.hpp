@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace Config {
 
@@ -26,16 +27,25 @@ struct Place {
 };
 
 // what() is one line, "file:line:column: message", made to be shown to the file's author as it
-// stands.
+// stands. `pointer` is the value that is wrong (RFC 6901), empty where it is the file or unknown.
 class FileError : public std::runtime_error {
  public:
-  FileError(Place place, const std::string& message)
-      : std::runtime_error(place.text() + ": " + message), place_(std::move(place)) {}
+  FileError(Place place, const std::string& message, std::string_view pointer = {})
+      : std::runtime_error(place.text() + ": " + message),
+        place_(std::move(place)),
+        pointer_(pointer) {}
 
   const Place& place() const { return place_; }
+  const std::string& pointer() const { return pointer_; }
+
+  // what() without the place.
+  std::string message() const {
+    return std::string(what()).substr(place_.text().size() + std::string_view(": ").size());
+  }
 
  private:
   Place place_;
+  std::string pointer_;
 };
 
 }  // namespace Config

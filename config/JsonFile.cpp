@@ -170,7 +170,7 @@ Place JsonFile::keyPlaceOf(std::string_view pointer) const {
 }
 
 void JsonFile::fail(std::string_view pointer, const std::string& message) const {
-  throw FileError(placeOf(pointer), message);
+  throw FileError(placeOf(pointer), message, pointer);
 }
 
 void JsonFile::validate(std::string_view schemaText) const { validateBySchema(*this, schemaText); }

@@ -67,9 +67,9 @@ std::string quoted(std::vector<std::string> names, std::string_view between) {
 }  // namespace
 
 std::string unknownName(std::string_view what, std::string_view name,
-                        const std::vector<std::string>& known) {
+                        const std::vector<std::string>& known, std::string_view where) {
   const std::vector<std::string> meant = similar(name, known);
-  const std::string none = fmt::format("there is no {} \"{}\"", what, name);
+  const std::string none = fmt::format("there is no {} \"{}\"{}", what, name, where);
   if (!meant.empty()) {
     return fmt::format("{}; did you mean {}?", none, quoted(meant, " or "));
   }

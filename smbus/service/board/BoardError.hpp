@@ -17,8 +17,9 @@ class BoardError : public std::runtime_error {
 };
 
 // "there is no chip "PSoc"; did you mean "PSoC"?", or, where no name is near, with the names that
-// there are.
+// there are. `where` stands behind the name, " for ..." for instance.
 [[nodiscard]] std::string unknownName(std::string_view what, std::string_view name,
-                                      const std::vector<std::string>& known);
+                                      const std::vector<std::string>& known,
+                                      std::string_view where = {});
 
 }  // namespace SmbusService::Board

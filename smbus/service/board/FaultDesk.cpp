@@ -50,8 +50,8 @@ std::string FaultDesk::complaint(const FaultOrder& order, const VirtualBoard& bo
   const bool isChip = kind.ofChips && board.chip(order.target) != nullptr;
   const bool isBus = kind.ofBuses && board.bus(order.target) != nullptr;
   if (!isChip && !isBus) {
-    return unknownName(fmt::format("{} for \"{}\"", targetWord(kind), kind.name), order.target,
-                       targetsOf(board, kind));
+    return unknownName(targetWord(kind), order.target, targetsOf(board, kind),
+                       fmt::format(" for \"{}\"", kind.name));
   }
   if (order.kind == FaultKind::kFanStall && !board.get(leverOf(order))) {
     return fmt::format("the chip \"{}\" has no fan {}", order.target, order.fan);

@@ -26,11 +26,22 @@ std::string failure(std::string_view text) {
   return line.take();
 }
 
-// Without the place, which nobody has written by hand.
+// A request's keys are named instead of their places: the line may be a program's.
 std::string messageOf(const Config::FileError& error) {
-  const std::string text = error.what();
-  const std::string place = error.place().text() + ": ";
-  return error.place().file == kRequest ? text.substr(place.size()) : text;
+  if (error.place().file != kRequest) {
+    return error.what();
+  }
+  return error.pointer().empty()
+             ? error.message()
+             : fmt::format("\"{}\": {}", error.pointer().substr(1), error.message());
+}
+
+Config::JsonFile parsed(std::string_view line) {
+  try {
+    return Config::JsonFile::parse(kRequest, std::string(line));
+  } catch (const Config::FileError& error) {
+    throw BoardError(fmt::format("column {}: {}", error.place().column, error.message()));
+  }
 }
 
 }  // namespace
@@ -59,7 +70,7 @@ BoardControl::BoardControl(std::shared_ptr<Board::VirtualBoard> board, Log& log)
 
 std::string BoardControl::answer(std::string_view line) {
   try {
-    const Config::JsonFile file = Config::JsonFile::parse(kRequest, std::string(line));
+    const Config::JsonFile file = parsed(line);
     Settings request({file, file.document(), ""});
     Config::JsonLine answer;
     answer.put("ok", true);
@@ -159,7 +170,11 @@ void BoardControl::setRegister(Settings& request) {
     case ERANGE:
       throw BoardError(fmt::format("0x{:x} is too large for {}", value, what));
     case EPERM:
-      throw BoardError(what + " follows from pins or physical values; set those");
+      throw BoardError(
+          fmt::format("{} cannot be 0x{:02x}: it follows from pins or physical values, which can "
+                      "be set, or the "
+                      "chip refuses the value",
+                      what, value));
     default:
       note(fmt::format("{} is 0x{:02x}", what, value));
   }

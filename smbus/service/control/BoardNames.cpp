@@ -39,10 +39,10 @@ std::vector<std::string> quantitiesOf(const VirtualBoard& board, const std::stri
   return names;
 }
 
-void require(std::string_view what, const std::string& name,
-             const std::vector<std::string>& known) {
+void require(std::string_view what, const std::string& name, const std::vector<std::string>& known,
+             std::string_view where = {}) {
   if (std::ranges::find(known, name) == known.end()) {
-    throw BoardError(unknownName(what, name, known));
+    throw BoardError(unknownName(what, name, known, where));
   }
 }
 
@@ -84,7 +84,7 @@ std::string leverNamed(const VirtualBoard& board, const std::string& name) {
   if (end != std::string::npos) {
     const std::string label = name.substr(0, end);
     const std::string quantity = name.substr(end + 1);
-    require(fmt::format("quantity of \"{}\"", label), quantity, quantitiesOf(board, label));
+    require("quantity", quantity, quantitiesOf(board, label), fmt::format(" of \"{}\"", label));
     return label + ":" + quantity;
   }
   const size_t dot = name.find_first_of(".:");

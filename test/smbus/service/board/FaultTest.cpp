@@ -261,7 +261,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"{'target': 'plain'}", "add the key \"kind\""},
         Refused{"{'kind': 'quiet', 'target': 'plain'}", "write one of \"silent\", \"nack\""},
         Refused{"{'kind': 'silent', 'target': 'plian'}", "did you mean \"plain\"?"},
-        Refused{"{'kind': 'hang', 'target': 'plain'}", "there is no bus for \"hang\" \"plain\""},
+        Refused{"{'kind': 'hang', 'target': 'plain'}", "there is no bus \"plain\" for \"hang\""},
         Refused{"{'kind': 'hang', 'target': 'main', 'count': 2}", "needs \"ms\""},
         Refused{"{'kind': 'silent', 'target': 'plain', 'bytes': 2}", "\"bytes\" is not known"},
         Refused{"{'kind': 'nack', 'target': 'plain', 'nth': 0}", "whole number from 1"},

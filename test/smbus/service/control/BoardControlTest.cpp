@@ -21,7 +21,8 @@ constexpr const char* kBoard = R"({"board": "Test", "buses": [
   {"name": "main", "clockHz": 100000, "chips": [
     {"label": "plain", "model": "register", "address": "0x20", "fill": 165},
     {"label": "pins", "model": "pca9555", "address": "0x21"},
-    {"label": "fans.1", "model": "psoc", "address": "0x4E", "fans": [{"maxRpm": 20000}]}]},
+    {"label": "fans.1", "model": "psoc", "address": "0x4E", "fans": [{"maxRpm": 20000}]},
+    {"label": "supply", "model": "pmbus", "address": "0x58", "outputs": [{"volts": 12}]}]},
   {"name": "other"}],
   "nets": {"tray present": {"pins": ["!pins:IO0_0"]}},
   "events": {"tray pull": {"tray present": false}}})";
@@ -66,7 +67,7 @@ TEST_F(BoardControlTest, ListShowsTheBoard) {
   const rapidjson::Document answer = done("{'command': 'list'}");
   EXPECT_STREQ(answer["board"].GetString(), "Test");
   EXPECT_EQ(answer["buses"].Size(), 2u);
-  ASSERT_EQ(answer["chips"].Size(), 3u);
+  ASSERT_EQ(answer["chips"].Size(), 4u);
   EXPECT_STREQ(answer["chips"][0]["label"].GetString(), "fans.1");
   EXPECT_EQ(answer["chips"][0]["address"].GetUint(), 0x4Eu);
   EXPECT_STREQ(answer["chips"][0]["quantities"][0]["name"].GetString(), "ambient");
@@ -172,11 +173,14 @@ TEST_P(RefusedRequestTest, SaysWhatIsWrong) {
 INSTANTIATE_TEST_SUITE_P(
     Requests, RefusedRequestTest,
     testing::Values(
-        Refused{"", "empty"}, Refused{"[]", "object"}, Refused{"{'command'", ""},
+        Refused{"", "empty"}, Refused{"[]", "object"},
+        Refused{"{'command': lits}", "column 13: Invalid value"},
+        Refused{"{'command': 1}", "\"command\": write a text in quotes"},
         Refused{"{}", "add the key \"command\""},
         Refused{"{'command': 'lits'}", "did you mean \"list\"?"},
         Refused{"{'command': 'list', 'all': true}", "\"all\" is not known"},
-        Refused{"{'command': 'get', 'name': 'fans.1.ambinet'}", "did you mean \"ambient\"?"},
+        Refused{"{'command': 'get', 'name': 'fans.1.ambinet'}",
+                "no quantity \"ambinet\" of \"fans.1\"; did you mean \"ambient\"?"},
         Refused{"{'command': 'get', 'name': 'fans.1'}", "quantities ambient, load"},
         Refused{"{'command': 'get', 'name': 'fan.ambient'}", "there is no chip \"fan\""},
         Refused{"{'command': 'get', 'name': 'tray'}", "there is no wire \"tray\""},
@@ -185,13 +189,18 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"{'command': 'set', 'chip': 'plain', 'register': 0, 'value': 256}", "too large"},
         Refused{"{'command': 'set', 'chip': 'pins', 'register': 0, 'value': 1}",
                 "follows from pins"},
+        Refused{"{'command': 'set', 'chip': 'supply', 'register': 0, 'value': 1}",
+                "register 0x00 of \"supply\" cannot be 0x01"},
         Refused{"{'command': 'set', 'name': 'fans.1.ambient'}", "add the key \"value\""},
         Refused{"{'command': 'set', 'name': 'fans.1.ambient', 'value': 1000}", "out of range"},
         Refused{"{'command': 'set', 'name': 'fans.1.fan1.rpm', 'value': 1}", "only be read"},
         Refused{"{'command': 'event', 'name': 'tray'}", "there are \"tray pull\""},
         Refused{"{'command': 'wire', 'name': 'tray present', 'level': 'up'}",
                 "\"low\", \"high\", \"release\""},
-        Refused{"{'command': 'fault', 'target': 'plain', 'kind': 'hang'}", "there is no bus"},
+        Refused{"{'command': 'fault', 'target': 'plain', 'kind': 'hang'}",
+                "there is no bus \"plain\" for \"hang\""},
+        Refused{"{'command': 'fault', 'target': 'plain', 'kind': 'nack', 'nth': 0}",
+                "\"nth\": write a whole number from 1"},
         Refused{"{'command': 'clear', 'what': '7'}", "there is no fault 7"}));
 
 }  // namespace

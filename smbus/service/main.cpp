@@ -20,7 +20,7 @@ const std::map<std::string, SmbusService::Recording::ReplayMode> kReplayModes = 
     {"strict", SmbusService::Recording::ReplayMode::kStrict},
     {"loose", SmbusService::Recording::ReplayMode::kLoose}};
 
-// Exit codes beside 0 and what the option parser returns.
+// Exit codes beside 0.
 constexpr int kFailed = 1;
 constexpr int kWrongConfiguration = 2;
 
@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
   SmbusService::DaemonOptions options;
   options.configuration = kDefaultConfiguration;
   options.version = NIMBO_VERSION;
+  std::string replayMode = "strict";
   std::string checked;
   CLI::App app("The SMBus service: performs transactions on a board's buses for its clients.",
                "smbusd");
@@ -53,16 +54,23 @@ int main(int argc, char** argv) {
   app.add_option("--socket", options.socket, "path of the socket, in place of the configured one");
   app.add_option("--record", options.record,
                  "record every transaction in this file, in place of the configured one");
-  app.add_option("--replay", options.replay,
-                 "serve this recording in place of the buses; needs no configuration");
-  app.add_option("--replay-mode", options.replayMode,
+  CLI::Option* replay =
+      app.add_option("--replay", options.replay,
+                     "serve this recording in place of the buses; needs no configuration");
+  app.add_option("--replay-mode", replayMode,
                  "strict: expect the recorded transactions in their order (default);\n"
                  "loose: answer any, register by register")
-      ->transform(CLI::CheckedTransformer(kReplayModes))
+      ->check(CLI::IsMember(kReplayModes))
+      ->needs(replay)
       ->type_name("strict|loose");
   app.add_option("--check", checked, "check a configuration file, open nothing, and end");
   app.set_version_flag("--version", "smbusd " NIMBO_VERSION);
-  CLI11_PARSE(app, argc, argv);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? EXIT_SUCCESS : kFailed;
+  }
+  options.replayMode = kReplayModes.at(replayMode);
   if (!options.replay.empty() && config->count() == 0) {
     options.configuration.clear();
   }

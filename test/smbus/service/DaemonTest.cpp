@@ -171,6 +171,13 @@ void readOn(const ServiceProcess& service, const std::atomic<bool>& stop, std::a
   }
 }
 
+TEST_F(DaemonTest, AWrongCommandLineIsToldAndEndsTheService) {
+  EXPECT_EQ(service_.run("--replay-mode", "loose"), 1);
+  EXPECT_THAT(service_.errors(), HasSubstr("--replay-mode requires --replay"));
+  EXPECT_EQ(service_.run("--replay-mode", "lax"), 1);
+  EXPECT_THAT(service_.errors(), HasSubstr("--replay-mode: lax not in {loose,strict}"));
+}
+
 TEST_F(DaemonTest, KilledUnderLoadItServesAgainWhenStarted) {
   constexpr int kRounds = 5;
   constexpr int kReadsARound = 50;

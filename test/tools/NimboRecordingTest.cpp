@@ -123,7 +123,8 @@ TEST_F(NimboRecording, ASnapshotNeedsALiveBoardAndAFileToWrite) {
   LiveService service(socket(), {"--config", NIMBO_SMBUSD_CONFIGURATION});
   const Result nowhere = nimbo({"--live", "record", directory_ + "/nowhere/board.json"});
   EXPECT_EQ(nowhere.code, 1);
-  EXPECT_THAT(nowhere.err, HasSubstr("nowhere/board.json: cannot be written: No such file or directory"));
+  EXPECT_THAT(nowhere.err,
+              HasSubstr("nowhere/board.json: cannot be written: No such file or directory"));
 }
 
 TEST_F(NimboRecording, TraceNamesDevicesAndFailures) {
@@ -152,6 +153,30 @@ TEST_F(NimboRecording, TraceGivesProgramsALineForEachTransaction) {
   EXPECT_STREQ(parsed(write)["accesses"][1]["operation"].GetString(), "write block");
 }
 
+TEST_F(NimboRecording, TracePutsTheFilesOfARecordingInOrder) {
+  recorded();
+  std::filesystem::rename(recording(), recording() + ".1");
+  recorded();
+  const std::string before = nimbo({"trace", recording() + ".1"}).out;
+  const std::string after = nimbo({"trace", recording()}).out;
+  const Result both = nimbo({"trace", recording(), recording() + ".1"});
+  EXPECT_EQ(both.code, 0) << both.err;
+  EXPECT_EQ(both.out, before + after);
+  EXPECT_EQ(nimbo({"trace", recording() + ".1", recording() + ".2"}).code, 1);
+}
+
+TEST_F(NimboRecording, TraceRefusesNamesThatNothingHas) {
+  recorded();
+  const Result device = nimbo({"trace", "--device", "Psoc", recording()});
+  EXPECT_EQ(device.code, 2);
+  EXPECT_THAT(device.err, HasSubstr("the board has no device \"Psoc\"; give a label"));
+  EXPECT_EQ(nimbo({"trace", "--device", "0x80", recording()}).code, 2);
+  EXPECT_EQ(nimbo({"trace", "--device", "0x7f", recording()}).code, 0);
+  const Result bus = nimbo({"trace", "--bus", "4", recording()});
+  EXPECT_EQ(bus.code, 2);
+  EXPECT_THAT(bus.err, HasSubstr("no bus \"4\" in the recording; it has \"SCD bus 0\", "));
+}
+
 TEST_F(NimboRecording, TraceTellsADamagedLineAndGoesOn) {
   recorded();
   const std::string whole = nimbo({"trace", recording()}).out;
@@ -169,6 +194,7 @@ TEST_F(NimboRecording, TraceOfWhatItCannotReadSaysSo) {
   EXPECT_EQ(missing.code, 1);
   EXPECT_EQ(missing.err, recording() + ": cannot be read: No such file or directory\n");
   EXPECT_EQ(nimbo({"trace"}).code, 2);
+  recorded();
   const Result time = nimbo({"trace", recording(), "--since", "noon"});
   EXPECT_EQ(time.code, 2);
   EXPECT_THAT(time.err, HasSubstr("\"noon\" is no time"));

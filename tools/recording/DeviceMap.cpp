@@ -47,6 +47,11 @@ const KnownDevice* DeviceMap::find(const Location& location) const {
   return found == devices_.end() ? nullptr : &found->second;
 }
 
+bool DeviceMap::has(std::string_view label) const {
+  return std::ranges::any_of(devices_,
+                             [&](const auto& device) { return device.second.label == label; });
+}
+
 void DeviceMap::addController(const Value& controller) {
   SmbusService::BusKey key;
   if (!Smbus::MasterType_Parse(controller["type"].GetString(), &key.master)) {

@@ -41,6 +41,7 @@ class DeviceMap {
 
   // Null: the topology has none there.
   const KnownDevice* find(const Location& location) const;
+  bool has(std::string_view label) const;
 
  private:
   struct Numbers {

@@ -136,19 +136,25 @@ std::string line(rapidjson::StringBuffer& buffer) {
   return {buffer.GetString(), buffer.GetSize()};
 }
 
-// The number behind "bus" and a blank.
-bool isBus(const std::string& name, const std::string& wanted) {
-  return name == wanted || name.ends_with(" bus " + wanted);
-}
-
 }  // namespace
 
 bool TraceFilter::wants(std::chrono::nanoseconds time) const {
   return (!since || time >= *since) && (!until || time < *until);
 }
 
+// The number behind "bus" and a blank is enough.
+bool TraceFilter::wantsBus(const std::string& name) const {
+  return bus.empty() || name == bus || name.ends_with(" bus " + bus);
+}
+
+bool TraceFilter::namesDevice(const DeviceMap& devices) const {
+  constexpr uint64_t kMostAddress = 0x7F;
+  const auto address = fromWord(device);
+  return device.empty() || devices.has(device) || (address && *address <= kMostAddress);
+}
+
 bool TraceFilter::wants(const DecodedAccess& access) const {
-  return (bus.empty() || isBus(access.bus, bus)) &&
+  return wantsBus(access.bus) &&
          (device.empty() || access.label == device || fromWord(device) == access.address);
 }
 

@@ -25,6 +25,10 @@ struct TraceFilter {
   bool wants(const SmbusService::Recording::Record& record,
              const std::vector<DecodedAccess>& accesses) const;
   bool wants(std::chrono::nanoseconds time) const;
+  bool wantsBus(const std::string& name) const;
+
+  // Whether the device, if one is asked for, is an address or a label of the topology.
+  bool namesDevice(const DeviceMap& devices) const;
 
  private:
   bool wants(const DecodedAccess& access) const;

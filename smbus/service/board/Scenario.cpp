@@ -15,6 +15,7 @@ namespace {
 using Act = std::function<void(VirtualBoard& board, Time now)>;
 
 constexpr uint32_t kWeek = 604'800'000;  // ms
+constexpr Time kLongest = std::chrono::hours(24) * 365;
 
 double valueOf(const Item& item) {
   if (item.value.IsBool()) {
@@ -128,6 +129,10 @@ std::vector<Time> timesOf(Settings& settings, uint64_t seed) {
   while (times.size() < count) {
     const uint64_t chance = mix(seed ^ mix(times.size())) % (interval.most - interval.least + 1);
     times.push_back(times.back() + std::chrono::milliseconds(interval.least + chance));
+    if (times.back() > kLongest) {
+      item->fail(
+          fmt::format("time {} is more than a year after the first; repeat less", times.size()));
+    }
   }
   return times;
 }
@@ -143,6 +148,9 @@ class Reader {
     const std::vector<Time> rounds = timesOf(settings, seed_);
     settings.forEach("steps", [&](const Item& item) { readStep(item, rounds); });
     settings.finish();
+    if (!settings.has("steps")) {
+      settings.fail("", "add the key \"steps\", a list");
+    }
     std::ranges::stable_sort(scenario_.steps, {}, &ScenarioStep::at);
   }
 

@@ -132,6 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
     Files, WrongScenarioTest,
     testing::Values(
         Wrong{"[]", "1:1", "object"}, Wrong{"{'step': []}", "1:2", "\"steps\""},
+        Wrong{"{'seed': 1}", "1:1", "add the key \"steps\""},
         Wrong{"{'steps': [{'event': 'x'}]}", "1:12", "add the key \"atMs\""},
         Wrong{"{'steps': [{'atMs': 1}]}", "1:12", "say what happens"},
         Wrong{"{'steps': [\n{'atMs': 1, 'event': 'x'}]}", "2:22", "there is no event \"x\""},
@@ -147,6 +148,9 @@ INSTANTIATE_TEST_SUITE_P(
               "\"everyMs\""},
         Wrong{"{'steps': [{'atMs': 1, 'clear': 'all', 'repeat': {'times': 2, 'everyMs': [5, 4]}}]}",
               "1:78", "whole number from 5"},
+        Wrong{"{'steps': [{'atMs': 1, 'clear': 'all', "
+              "'repeat': {'times': 100000, 'everyMs': 604800000}}]}",
+              "1:50", "time 54 is more than a year after the first"},
         Wrong{"{'repeat': {'times': 1000, 'everyMs': 1}, 'steps': [{'atMs': 1, 'clear': 'all', "
               "'repeat': {'times': 1000, 'everyMs': 1}}]}",
               "1:53", "more than 100000"}));

@@ -14,6 +14,7 @@ namespace SmbusService::Board {
 class PmbusStatus {
  public:
   // STATUS_VOUT
+  static constexpr uint8_t kOverVoltageOutFault = 0x80;
   static constexpr uint8_t kUnderVoltageOutFault = 0x10;
   // STATUS_IOUT
   static constexpr uint8_t kOverCurrentFault = 0x80;
@@ -37,7 +38,13 @@ class PmbusStatus {
   void raise(PmbusCode code, uint8_t bits) { at(code) |= bits; }
   void clear(PmbusCode code, uint8_t bits) { at(code) &= static_cast<uint8_t>(~bits); }
   void clear() { registers_ = {}; }
+  void set(PmbusCode code, uint8_t bits) { at(code) = bits; }
   [[nodiscard]] uint8_t get(PmbusCode code) const { return registers_[index(code)]; }
+
+  // Whether it is one of those, and no other command.
+  [[nodiscard]] static bool has(PmbusCode code) {
+    return code >= PmbusCode::STATUS_VOUT && code <= PmbusCode::STATUS_FANS_3_4;
+  }
 
   // STATUS_WORD of a supply whose outputs are on or off, and good or not; its low byte is
   // STATUS_BYTE.

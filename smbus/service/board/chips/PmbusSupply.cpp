@@ -227,19 +227,11 @@ bool PmbusSupply::writeCommand(uint8_t code, std::span<const uint8_t> data) {
     case FAN_COMMAND_2:
       fanCommands_[1] = {true, word()};
       break;
-    case STATUS_VOUT:
-    case STATUS_IOUT:
-    case STATUS_INPUT:
-    case STATUS_TEMPERATURE:
-    case STATUS_CML:
-    case STATUS_OTHER:
-    case STATUS_MFR_SPECIFIC:
-    case STATUS_FANS_1_2:
-    case STATUS_FANS_3_4:
-      status_.clear(PmbusCode{code}, data[0]);
+    default:  // a command that is read does nothing if it is written alone
+      if (PmbusStatus::has(PmbusCode{code}) && !data.empty()) {
+        status_.clear(PmbusCode{code}, data[0]);
+      }
       break;
-    default:
-      break;  // a command that is read; to write it alone does nothing
   }
   settle();
   return true;
@@ -350,8 +342,13 @@ std::optional<Register> PmbusSupply::peek(uint32_t number) {
   return Register{high << 8 | answer[0], static_cast<unsigned>(8 * bytes)};
 }
 
+// Over the bus a status register can only be cleared; here it holds what it is given.
 bool PmbusSupply::poke(uint32_t number, uint32_t value) {
   const auto code = static_cast<uint8_t>(number);
+  if (PmbusStatus::has(PmbusCode{code})) {
+    status_.set(PmbusCode{code}, static_cast<uint8_t>(value));
+    return true;
+  }
   if (!findPmbusCommand(code)->writable) {
     return false;
   }

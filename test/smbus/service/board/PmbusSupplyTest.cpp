@@ -122,6 +122,30 @@ TEST_F(PmbusSupplyTest, AOneClearsItsBitOfAStatusRegister) {
   EXPECT_EQ(byte(0x7C), 0x08u);
 }
 
+// PMBus 1.2 part II, tables 15 and 16.
+struct StatusBit {
+  uint8_t command;
+  unsigned bits;
+  unsigned word;
+};
+
+class StatusBitTest : public PmbusSupplyTest, public testing::WithParamInterface<StatusBit> {};
+
+TEST_P(StatusBitTest, IsSummedUpInTheStatusWord) {
+  EXPECT_EQ(board->poke("psu", GetParam().command, GetParam().bits), 0);
+  EXPECT_EQ(byte(GetParam().command), GetParam().bits);
+  EXPECT_EQ(word(0x79), GetParam().word);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Registers, StatusBitTest,
+    testing::Values(StatusBit{0x7A, 0x80, 0x8020}, StatusBit{0x7A, 0x40, 0x8001},
+                    StatusBit{0x7B, 0x80, 0x4010}, StatusBit{0x7B, 0x20, 0x4001},
+                    StatusBit{0x7C, 0x10, 0x2008}, StatusBit{0x7C, 0x20, 0x2001},
+                    StatusBit{0x7D, 0x40, 0x0004}, StatusBit{0x7E, 0x20, 0x0002},
+                    StatusBit{0x7F, 0x01, 0x0201}, StatusBit{0x80, 0x10, 0x1001},
+                    StatusBit{0x81, 0x80, 0x0401}, StatusBit{0x82, 0x80, 0x0401}));
+
 TEST_F(PmbusSupplyTest, OperationSwitchesTheOutputs) {
   EXPECT_EQ(write(kSupply, 0x01, {0x00}), 0);
   EXPECT_EQ(word(0x79), 0x0840u);
@@ -134,22 +158,22 @@ TEST_F(PmbusSupplyTest, OperationSwitchesTheOutputs) {
 
 TEST_F(PmbusSupplyTest, AFailedSupplyIsOnAndNotGood) {
   EXPECT_EQ(board->set("psu:failed", 1), 0);
-  EXPECT_EQ(word(0x79), 0x8800u);
+  EXPECT_EQ(word(0x79), 0x8801u);
   EXPECT_EQ(byte(0x7A), 0x10u);
   EXPECT_EQ(word(0x8B), 0u);
   EXPECT_EQ(board->get("good"), 0);
   EXPECT_EQ(board->set("psu:failed", 0), 0);
-  EXPECT_EQ(word(0x79), 0x8000u) << "good again, and still telling of it";
+  EXPECT_EQ(word(0x79), 0x8001u) << "good again, and still telling of it";
   EXPECT_EQ(board->get("good"), 1);
 }
 
 TEST_F(PmbusSupplyTest, AnOverloadWarnsThenFaults) {
   EXPECT_EQ(board->set("psu:load", 1.1), 0);
   EXPECT_EQ(byte(0x7B), 0x20u);
-  EXPECT_EQ(word(0x79), 0x4000u);
+  EXPECT_EQ(word(0x79), 0x4001u);
   EXPECT_EQ(board->set("psu:load", 1.3), 0);
   EXPECT_EQ(byte(0x7B), 0xA0u);
-  EXPECT_EQ(word(0x79), 0x4010u);
+  EXPECT_EQ(word(0x79), 0x4011u);
 }
 
 TEST_F(PmbusSupplyTest, HeatWarnsThenFaults) {
@@ -193,7 +217,7 @@ TEST_F(PmbusSupplyTest, AStalledFanIsAFault) {
   EXPECT_EQ(board->set("psu:fan2.stalled", 1), 0);
   clock.sleep(1min);
   EXPECT_EQ(byte(0x81), 0x40u);
-  EXPECT_EQ(word(0x79), 0x0400u);
+  EXPECT_EQ(word(0x79), 0x0401u);
 }
 
 TEST_F(PmbusSupplyTest, TextsAreBlocks) {

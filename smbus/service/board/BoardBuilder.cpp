@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "smbus/service/board/BoardError.hpp"
 #include "smbus/service/board/Random.hpp"
 
 namespace SmbusService::Board {
@@ -35,6 +36,11 @@ double valueOf(const Item& item, const Variables& variables) {
   return *number;
 }
 
+// Names stand in nets ("label:pin") and in requests, beside "all" and the numbers of faults.
+bool isName(const std::string& text) {
+  return text.find(':') == std::string::npos && text != "all" && !parseNumber(text);
+}
+
 std::string keyOf(const rapidjson::Value& name) {
   return {name.GetString(), name.GetStringLength()};
 }
@@ -58,19 +64,28 @@ void BoardBuilder::build(const Item& root) {
 
 void BoardBuilder::addBus(const Item& item) {
   Settings settings(item);
-  const std::string name = settings.text("name");
-  if (board_.buses_.contains(name)) {
-    settings.fail("name", fmt::format("there is a bus \"{}\" already", name));
-  }
+  const std::string name = newName(settings, "name");
   BusSettings values;
   values.clockHz = settings.number("clockHz", 1'000, 5'000'000, values.clockHz);
   values.timeout = std::chrono::milliseconds(settings.number("timeoutMs", 1, 60'000, 35));
   values.waitBusTime = settings.flag("waitBusTime", false);
-  auto bus =
-      std::make_unique<VirtualBus>(name, values, board_.clock_, board_.wiring_, board_.agenda_);
+  std::unique_ptr<VirtualBus>& bus = board_.buses_[name];
+  bus = std::make_unique<VirtualBus>(name, values, board_.clock_, board_.wiring_, board_.agenda_);
   addChips(settings, {*bus, bus->segment(), ""});
   settings.finish();
-  board_.buses_[name] = std::move(bus);
+}
+
+// A name of its own among the board's buses and chips: faults are told by it on which they are.
+std::string BoardBuilder::newName(Settings& settings, std::string_view key) const {
+  const std::string name = settings.text(key);
+  if (!isName(name)) {
+    settings.fail(key, "write a name without a colon that is no number and not \"all\"");
+  }
+  const bool ofBus = board_.buses_.contains(name);
+  if (ofBus || board_.chips_.contains(name)) {
+    settings.fail(key, fmt::format("there is a {} \"{}\" already", ofBus ? "bus" : "chip", name));
+  }
+  return name;
 }
 
 void BoardBuilder::addChips(Settings& settings, const Place& place) {
@@ -79,10 +94,7 @@ void BoardBuilder::addChips(Settings& settings, const Place& place) {
 
 void BoardBuilder::addChip(const Item& item, const Place& place) {
   Settings settings(item);
-  const std::string label = settings.text("label");
-  if (board_.chips_.contains(label)) {
-    settings.fail("label", fmt::format("there is a chip \"{}\" already", label));
-  }
+  const std::string label = newName(settings, "label");
   const ChipModel& model = modelOf(settings);
   const auto address = static_cast<uint8_t>(settings.number("address", 0x08, 0x77));
   if (const Seat* other = place.segment.at(address)) {
@@ -137,7 +149,7 @@ void BoardBuilder::connect(const Item& item, const std::string& name, Net& net,
   }
   const auto placed = board_.chips_.find(pin.substr(0, colon));
   if (placed == board_.chips_.end()) {
-    item.fail(fmt::format("there is no chip \"{}\"", pin.substr(0, colon)));
+    item.fail(unknownName("chip", pin.substr(0, colon), board_.labels()));
   }
   Seat& seat = *placed->second.seat;
   if (!connect(seat, pin.substr(colon + 1), net, inverted)) {
@@ -180,7 +192,7 @@ void BoardBuilder::addEvent(const std::string& pattern, const Item& item,
 void BoardBuilder::begin(const Item& item) {
   const std::string name = item.text();
   if (!board_.happen(name)) {
-    item.fail(fmt::format("there is no event \"{}\"", name));
+    item.fail(unknownName("event", name, board_.eventNames()));
   }
 }
 

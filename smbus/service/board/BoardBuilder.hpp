@@ -20,6 +20,7 @@ class BoardBuilder {
   void build(const Item& root);
 
  private:
+  [[nodiscard]] std::string newName(Settings& settings, std::string_view key) const;
   void addBus(const Item& item);
   // Where chips are put.
   struct Place {

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "smbus/service/board/BoardError.hpp"
 #include "smbus/service/board/VirtualBoard.hpp"
@@ -21,9 +22,7 @@ std::vector<std::string> targetsOf(const VirtualBoard& board, const FaultKindRow
     names = board.busNames();
   }
   if (kind.ofChips) {
-    for (const ChipInfo& chip : board.chips()) {
-      names.push_back(chip.label);
-    }
+    std::ranges::move(board.labels(), std::back_inserter(names));
   }
   return names;
 }

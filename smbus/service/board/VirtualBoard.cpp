@@ -70,6 +70,8 @@ Chip* VirtualBoard::chip(std::string_view label) const {
   return found == chips_.end() ? nullptr : found->second.seat->chip.get();
 }
 
+std::vector<std::string> VirtualBoard::labels() const { return namesOf(chips_); }
+
 std::vector<std::string> VirtualBoard::busNames() const { return namesOf(buses_); }
 
 std::vector<std::string> VirtualBoard::eventNames() const { return namesOf(events_); }

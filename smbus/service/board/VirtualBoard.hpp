@@ -42,6 +42,7 @@ class VirtualBoard {
   [[nodiscard]] Chip* chip(std::string_view label) const;
 
   [[nodiscard]] std::vector<std::string> busNames() const;
+  [[nodiscard]] std::vector<std::string> labels() const;  // of the chips
   [[nodiscard]] std::vector<std::string> eventNames() const;
   [[nodiscard]] std::vector<ChipInfo> chips() const;
   [[nodiscard]] std::vector<NetInfo> nets() const { return wiring_.nets(); }

@@ -15,14 +15,6 @@ using Board::BoardError;
 using Board::unknownName;
 using Board::VirtualBoard;
 
-std::vector<std::string> labelsOf(const VirtualBoard& board) {
-  std::vector<std::string> labels;
-  for (const Board::ChipInfo& chip : board.chips()) {
-    labels.push_back(chip.label);
-  }
-  return labels;
-}
-
 std::vector<std::string> wiresOf(const VirtualBoard& board) {
   std::vector<std::string> names;
   for (const Board::NetInfo& net : board.nets()) {
@@ -60,7 +52,7 @@ size_t endOfLabel(const VirtualBoard& board, const std::string& name) {
 }  // namespace
 
 void requireChip(const VirtualBoard& board, const std::string& label) {
-  require("chip", label, labelsOf(board));
+  require("chip", label, board.labels());
 }
 
 void requireWire(const VirtualBoard& board, const std::string& name) {

@@ -20,6 +20,7 @@ constexpr double kStillAir = 0.2;  // cooling without a fan, against that of ful
 constexpr double kTurning = 0.05;  // part of full speed below which a fan counts as still
 constexpr double kColdest = -40;   // of the air
 constexpr double kHottest = 125;
+constexpr double kMostRise = 500;    // above ambient
 constexpr double kMostLoad = 2;      // an overload
 constexpr uint32_t kMaxRpm = 65535;  // what a 16-bit speed register holds
 
@@ -41,10 +42,11 @@ FanPlant::FanPlant(Settings& settings, uint64_t seed, BoardClock& clock)
     settings.fail("fans", fmt::format("at most {} fans", kMaxFans));
   }
   settings.forEach("rises", [this](const Item& item) {
-    if (!item.value.IsNumber()) {
-      item.fail("write the sensor's rise in degrees");
+    const double rise = item.value.IsNumber() ? item.value.GetDouble() : -1;
+    if (rise < 0 || rise > kMostRise) {
+      item.fail(fmt::format("write the sensor's rise in degrees, 0 to {}", kMostRise));
     }
-    sensors_.push_back({.rise = item.value.GetDouble()});
+    sensors_.push_back({.rise = rise});
   });
   if (sensors_.size() > kMaxSensors) {
     settings.fail("rises", fmt::format("at most {} sensors", kMaxSensors));

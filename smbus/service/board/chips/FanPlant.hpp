@@ -9,7 +9,8 @@
 //                   full duty, 1 to 65535
 //   "ambient"       air temperature at the inlet, degrees Celsius (25)
 //   "load"          what is dissipated, 0 idle, 1 full, up to 2 (0.5)
-//   "rises"         per sensor, at most 6: degrees above ambient at full load and full air
+//   "rises"         per sensor, at most 6: degrees above ambient at full load and full air, 0 to
+//                   500
 //   "noise"         largest deviation of a speed, as a part of it (0.002)
 #pragma once
 

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "smbus/service/board/chips/PmbusSettings.hpp"
 
+#include <fmt/format.h>
+
 #include <string_view>
 
 namespace SmbusService::Board {
 namespace {
+
+constexpr size_t kMostPages = 32;  // PMBus 1.2 part II, section 11.10
 
 constexpr std::array<uint32_t, 3> kFanConfig = {0x00, 0x90, 0x99};  // by number of fans
 
@@ -16,6 +20,9 @@ std::vector<PmbusOutput> outputsOf(Settings& settings) {
     outputs.push_back({volts, output.real("maxAmps", 0, 1000, 100)});
     output.finish();
   });
+  if (outputs.size() > kMostPages) {
+    settings.fail("outputs", fmt::format("at most {} outputs", kMostPages));
+  }
   if (outputs.empty()) {
     settings.fail("outputs", "a supply has an output: [ { \"volts\": 12 } ]");
   }

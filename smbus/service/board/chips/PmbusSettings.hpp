@@ -2,7 +2,7 @@
 //
 // What the board file says of a PMBus supply:
 //
-//   "outputs"     [ { "volts": 12, "maxAmps": 100 } ], at least one
+//   "outputs"     [ { "volts": 12, "maxAmps": 100 } ], 1 to 32
 //   "vin"         volts (230)
 //   "efficiency"  power out by power in, 0.5 to 1 (0.92)
 //   "voutMode"    VOUT_MODE (0x17: exponent -9)

@@ -72,6 +72,18 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"{'buses': [{'name': ''}]}", "board.json:1:21: ", "text in quotes"},
         Wrong{"{'buses': [{'name': 'a'},\n {'name': 'a'}]}",
               "board.json:2:11: ", "there is a bus \"a\" already"},
+        Wrong{"{'buses': [{'name': 'a:b'}]}", "board.json:1:21: ", "without a colon"},
+        Wrong{"{'buses': [{'name': 'a', 'chips': [\n"
+              "  {'label': 'all', 'model': 'psoc', 'address': 9}]}]}",
+              "board.json:2:13: ", "not \"all\""},
+        Wrong{"{'buses': [{'name': 'a', 'chips': [\n"
+              "  {'label': '0x12', 'model': 'psoc', 'address': 9}]}]}",
+              "board.json:2:13: ", "no number"},
+        Wrong{"{'buses': [{'name': 'a', 'chips': [\n"
+              "  {'label': 'a', 'model': 'psoc', 'address': 9}]}]}",
+              "board.json:2:13: ", "there is a bus \"a\" already"},
+        Wrong{"{'start': [\n  'pull'], 'events': {'pul': {}}}",
+              "board.json:2:3: ", "did you mean \"pul\"?"},
         Wrong{"{'buses': [{'name': 'a', 'waitBusTime': 1}]}", "board.json:1:41: ", "true or false"},
         Wrong{"{'buses': [{'name': 'a', 'chips': [\n  {'label': 'x', 'model': 'pca'}]}]}",
               "board.json:2:27: ", "the models are \"eeprom\""},
@@ -122,13 +134,18 @@ INSTANTIATE_TEST_SUITE_P(
         WrongChip{"'model': 'register', 'readOnly': ['4-2']", "\"0x20-0x2F\""},
         WrongChip{"'model': 'register', 'pec': true, 'autoIncrement': true", "one register"},
         WrongChip{"'model': 'pmbus', 'outputs': []", "a supply has an output"},
+        WrongChip{
+            "'model': 'pmbus', 'outputs': [{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},"
+            "{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}]",
+            "at most 32 outputs"},
         WrongChip{"'model': 'pmbus', 'outputs': [{'volt': 1}]", "\"maxAmps\", \"volts\""},
         WrongChip{"'model': 'pmbus', 'outputs': [{}],"
                   "'fans': [{'maxRpm': 1}, {'maxRpm': 1}, {'maxRpm': 1}]",
                   "at most 2 fans"},
         WrongChip{"'model': 'psoc', 'fans': [{}]", "add the key \"maxRpm\""},
         WrongChip{"'model': 'psoc', 'load': 3", "from 0 to 2"},
-        WrongChip{"'model': 'psoc', 'rises': ['warm']", "degrees"},
+        WrongChip{"'model': 'psoc', 'rises': ['warm']", "degrees, 0 to 500"},
+        WrongChip{"'model': 'psoc', 'rises': [1e308]", "degrees, 0 to 500"},
         WrongChip{"'model': 'psoc', 'rises': [1, 2, 3, 4, 5, 6, 7]", "at most 6 sensors"}));
 
 TEST_F(VirtualBoardTest, AMissingFileIsNamed) {

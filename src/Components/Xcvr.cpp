@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Components/Adder.hpp"
+#include "Drivers/Args.hpp"
 #include "Nimbo.hpp"
 #include "Utils/Check.hpp"
 
@@ -124,13 +125,11 @@ constexpr AdderTrace kSfpTrace = {0, kNoDevice, "newSfpXcvr() failed"};
 constexpr AdderTrace kQsfpTrace = {0, kNoDevice, "newQsfpXcvr() failed"};
 
 // A port without these is an error of the board's description.
-const std::string& requiredArg(const Drivers::DriverArgs& args, const char* key) {
-  const auto it = args.driverArgs.find(key);
-  if (it == args.driverArgs.end()) {
+const std::string& requiredArg(const Drivers::ArgMap& args, const char* key) {
+  if (args.find(key) == args.end()) {
     TRACE(0, "No %s argument given for Xcvr", key);
   }
-  CHECK(it != args.driverArgs.end());
-  return it->second;
+  return Drivers::requiredArg(args, key);
 }
 
 }  // namespace
@@ -146,8 +145,8 @@ pl_xcvr* pl_xcvr_add(const char* json) {
     kSfpTrace.say(kNoDevice);
     return nullptr;
   }
-  const auto id = static_cast<unsigned>(std::stoi(requiredArg(args, "id")));
-  const std::string& type = requiredArg(args, "type");
+  const auto id = static_cast<unsigned>(std::stoi(requiredArg(args.driverArgs, "id")));
+  const std::string& type = requiredArg(args.driverArgs, "type");
   if (type == "qsfp" || type == "qsfp+") {
     return recordOf(makeLogical(device, kQsfpTrace,
                                 [&](DeviceBase* owner) { return owner->newQsfpXcvr(id, args); }));

@@ -21,12 +21,7 @@ constexpr unsigned kOffBit = 6;
 constexpr uint16_t kMaxDuty = 100;  // percent
 
 // What belongs to fan 1 and fan 2, and to sensor 1 and 2.
-struct FanRegisters {
-  PmbusCommand speed;
-  PmbusCommand command;
-  uint8_t faultMask;
-};
-constexpr FanRegisters kFans[] = {
+constexpr PmbusFanRegisters kFans[] = {
     {PmbusCommand::READ_FAN_SPEED_1, PmbusCommand::FAN_COMMAND_1, 0x80},
     {PmbusCommand::READ_FAN_SPEED_2, PmbusCommand::FAN_COMMAND_2, 0x40},
 };
@@ -65,12 +60,7 @@ class Pmbus::Psu final : public Component::LogicalDevice::Psu {
 
 class Pmbus::Fan : public Component::LogicalDevice::Fan {
  public:
-  Fan(Pmbus* device, uint8_t index, int32_t maxFanRpm, bool pec)
-      : device_(device),
-        index_(index),
-        maxFanRpm_(maxFanRpm),
-        registers_(kFans[index]),
-        pec_(pec) {}
+  Fan(Pmbus* device, const PmbusFanArgs& args) : device_(device), args_(args) {}
 
   pl_status getRpm(int* rpm) override { return device_->getFanRpm(*this, rpm); }
   pl_status setRpm(int rpm) override { return device_->setFanRpm(*this, rpm); }
@@ -79,10 +69,7 @@ class Pmbus::Fan : public Component::LogicalDevice::Fan {
   friend class Pmbus;
 
   Pmbus* device_;
-  uint8_t index_;
-  int32_t maxFanRpm_;
-  const FanRegisters& registers_;
-  bool pec_;
+  const PmbusFanArgs args_;
 };
 
 class Pmbus::TempSensor : public Component::LogicalDevice::TempSensor {
@@ -108,6 +95,15 @@ Utils::ExpectedVals Pmbus::values = {
     {0x8E, {0xF800, 2}}, {0x90, {0x1B69, 2}},  // 6984 RPM
     {0x96, {0xD800, 2}}, {0x97, {0xD800, 2}},
 };
+
+PmbusFanArgs pmbusFanArgs(const ArgMap& args, const Utils::Place& place) {
+  const auto index = static_cast<uint8_t>(requiredNumber(args, "fanId", kFanIdText, place) - 1);
+  if (index >= std::size(kFans)) {
+    Utils::checkFailed("fanId == 1 || fanId == 2", place);
+  }
+  const int32_t maxFanRpm = requiredNumber(args, "maxFanRpm", kMaxFanRpmText, place);
+  return {index, maxFanRpm, argOr(args, "pec", "false") == "true", kFans[index]};
+}
 
 pl_status pmbus_read_linear(Ham::Ham& ham, uint8_t command, float* value) {
   uint16_t word;
@@ -141,10 +137,7 @@ Component::LogicalDevice::Psu* Pmbus::newPsu(const DriverArgs&) {
 
 Component::LogicalDevice::Fan* Pmbus::newFan(const DriverArgs& args) {
   TRACE(0, "Creating Pmbus Fan Device");
-  const auto index = static_cast<uint8_t>(requiredNumber(args.driverArgs, "fanId", kFanIdText) - 1);
-  CHECK_TEXT(index < std::size(kFans), "fanId == 1 || fanId == 2");
-  const int32_t maxFanRpm = requiredNumber(args.driverArgs, "maxFanRpm", kMaxFanRpmText);
-  return new Fan(this, index, maxFanRpm, argOr(args.driverArgs, "pec", "false") == "true");
+  return new Fan(this, pmbusFanArgs(args.driverArgs));
 }
 
 Component::LogicalDevice::TempSensor* Pmbus::newTempSensor(const DriverArgs& args) {
@@ -230,11 +223,11 @@ pl_status Pmbus::getFanRpm(const Fan& fan, int* rpm) {
   if (const pl_status status = ham->read8(code(PmbusCommand::STATUS_FANS_1_2), &faults)) {
     return status;
   }
-  if ((faults & fan.registers_.faultMask) != 0) {
+  if ((faults & fan.args_.registers.faultMask) != 0) {
     return PL_STATUS_FAULT;
   }
   float speed;
-  if (const pl_status status = readLinear(fan.registers_.speed, &speed)) {
+  if (const pl_status status = readLinear(fan.args_.registers.speed, &speed)) {
     return status;
   }
   *rpm = static_cast<int>(speed);
@@ -243,12 +236,12 @@ pl_status Pmbus::getFanRpm(const Fan& fan, int* rpm) {
 
 pl_status Pmbus::setFanRpm(const Fan& fan, int rpm) {
   const auto scaled = static_cast<int32_t>(static_cast<uint32_t>(rpm) * 100u);
-  const auto requested = static_cast<uint16_t>(scaled / fan.maxFanRpm_);
-  TRACE(6, "Setting fan %d duty cycle to %d", fan.index_, requested);
+  const auto requested = static_cast<uint16_t>(scaled / fan.args_.maxFanRpm);
+  TRACE(6, "Setting fan %d duty cycle to %d", fan.args_.index, requested);
   const uint16_t duty = requested > kMaxDuty ? kMaxDuty : requested;
-  const pl_status status = ham->write16(code(fan.registers_.command), duty, fan.pec_);
+  const pl_status status = ham->write16(code(fan.args_.registers.command), duty, fan.args_.pec);
   if (status != PL_STATUS_OK) {
-    TRACE(0, "Failed to set fan%d duty cycle to %d", fan.index_, duty);
+    TRACE(0, "Failed to set fan%d duty cycle to %d", fan.args_.index, duty);
   }
   return status;
 }

@@ -19,6 +19,7 @@
 #include "Components/HardwareDevice.hpp"
 #include "Components/Psu.hpp"
 #include "Components/TempSensor.hpp"
+#include "Utils/Check.hpp"
 
 namespace Drivers {
 
@@ -45,6 +46,24 @@ enum class PmbusCommand : uint8_t {
 };
 
 constexpr uint8_t code(PmbusCommand command) { return static_cast<uint8_t>(command); }
+
+// What a fan of a supply has of its own.
+struct PmbusFanRegisters {
+  PmbusCommand speed;
+  PmbusCommand command;
+  uint8_t faultMask;  // in STATUS_FANS_1_2
+};
+
+// What the description of a fan says.
+struct PmbusFanArgs {
+  uint8_t index;  // from 0
+  int32_t maxFanRpm;
+  bool pec;
+  const PmbusFanRegisters& registers;
+};
+
+// Reads "fanId", "maxFanRpm" and "pec". What is wrong with them stops the process at `place`.
+PmbusFanArgs pmbusFanArgs(const ArgMap& args, const Utils::Place& place = Utils::Place::here());
 
 // One LINEAR11 reading.
 pl_status pmbus_read_linear(Ham::Ham& ham, uint8_t command, float* value);

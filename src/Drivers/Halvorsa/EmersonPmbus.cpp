@@ -19,15 +19,6 @@ constexpr uint8_t kVoutExponent = 26;  // -6 in 5 bits
 constexpr uint8_t kVoutMantissaBits = 16;
 constexpr uint8_t kVoutExponentBits = 5;
 
-struct FanRegisters {
-  PmbusCommand speed;
-  PmbusCommand command;
-};
-constexpr FanRegisters kFans[] = {
-    {PmbusCommand::READ_FAN_SPEED_1, PmbusCommand::FAN_COMMAND_1},
-    {PmbusCommand::READ_FAN_SPEED_2, PmbusCommand::FAN_COMMAND_2},
-};
-
 }  // namespace
 
 class EmersonPmbus::Psu final : public Component::LogicalDevice::Psu {
@@ -55,23 +46,15 @@ class EmersonPmbus::Psu final : public Component::LogicalDevice::Psu {
 
 class EmersonPmbus::Fan : public Component::LogicalDevice::Fan {
  public:
-  Fan(EmersonPmbus* device, uint8_t index, int32_t maxFanRpm, bool pec)
-      : registers_(kFans[index]),
-        pec_(pec),
-        device_(device),
-        index_(index),
-        maxFanRpm_(maxFanRpm) {}
+  Fan(EmersonPmbus* device, const PmbusFanArgs& args) : device_(device), args_(args) {}
 
   pl_status getRpm(int* rpm) override;
   // At most maxFanRpm; of a negative speed the low 16 bits are taken as they are.
   pl_status setRpm(int rpm) override;
 
  private:
-  const FanRegisters& registers_;
-  bool pec_;
   EmersonPmbus* device_;
-  uint8_t index_;
-  int32_t maxFanRpm_;
+  const PmbusFanArgs args_;
 };
 
 Utils::ExpectedVals EmersonPmbus::values = {
@@ -101,15 +84,7 @@ Component::LogicalDevice::Psu* EmersonPmbus::newPsu(const DriverArgs&) {
 
 Component::LogicalDevice::Fan* EmersonPmbus::newFan(const DriverArgs& args) {
   TRACE(0, "Creating EmersonPmbus Fan Device");
-  const auto index = static_cast<uint8_t>(
-      requiredNumber(args.driverArgs, "fanId",
-                     "args.driverArgs.find( \"fanId\" ) != args.driverArgs.end()") -
-      1);
-  CHECK_TEXT(index < std::size(kFans), "fanId == 1 || fanId == 2");
-  const int32_t maxFanRpm =
-      requiredNumber(args.driverArgs, "maxFanRpm",
-                     "args.driverArgs.find( \"maxFanRpm\" ) != args.driverArgs.end()");
-  return new Fan(this, index, maxFanRpm, argOr(args.driverArgs, "pec", "false") == "true");
+  return new Fan(this, pmbusFanArgs(args.driverArgs));
 }
 
 pl_status EmersonPmbus::Psu::get_power_ok(int* ok) {
@@ -175,7 +150,8 @@ pl_status EmersonPmbus::Psu::get_output_power(float* watts) {
 
 pl_status EmersonPmbus::Fan::getRpm(int* rpm) {
   float speed;
-  if (const pl_status status = pmbus_read_linear(*device_->ham, code(registers_.speed), &speed)) {
+  if (const pl_status status =
+          pmbus_read_linear(*device_->ham, code(args_.registers.speed), &speed)) {
     return status;
   }
   *rpm = static_cast<int>(speed);
@@ -183,12 +159,12 @@ pl_status EmersonPmbus::Fan::getRpm(int* rpm) {
 }
 
 pl_status EmersonPmbus::Fan::setRpm(int rpm) {
-  const int limited = std::min(rpm, maxFanRpm_);
-  TRACE(6, "Setting fan %d rpm to %d", index_, limited);
+  const int limited = std::min(rpm, args_.maxFanRpm);
+  TRACE(6, "Setting fan %d rpm to %d", args_.index, limited);
   const uint16_t word = realToLinear(static_cast<uint16_t>(limited));
-  const pl_status status = device_->ham->write16(code(registers_.command), word, pec_);
+  const pl_status status = device_->ham->write16(code(args_.registers.command), word, args_.pec);
   if (status != PL_STATUS_OK) {
-    TRACE(0, "Failed to set fan%d rpm to %d", index_, limited);
+    TRACE(0, "Failed to set fan%d rpm to %d", args_.index, limited);
   }
   return status;
 }

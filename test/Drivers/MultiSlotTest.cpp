@@ -209,6 +209,31 @@ TEST_F(MultiSlotBay, RemembersItsKindWhileItIsEmpty) {
   EXPECT_THAT(Kind::asked, ElementsAre("C"));
 }
 
+// Every three looks that can follow each other: the kinds that are present are the bits of a look.
+TEST_F(MultiSlotBay, IsRightInEveryOrderOfPresence) {
+  constexpr unsigned kLooks = 8;
+  const auto made = bay();
+  std::string last;
+  for (unsigned course = 0; course < kLooks * kLooks * kLooks; ++course) {
+    for (unsigned look : {course % kLooks, course / kLooks % kLooks, course / kLooks / kLooks}) {
+      std::string there;
+      for (unsigned kind = 0; kind < 3; ++kind) {
+        const bool isThere = (look >> kind & 1) != 0;
+        KindDevice::made.at(kind)->status = isThere ? 0 : 1;
+        there += isThere ? std::string(1, static_cast<char>('A' + kind)) : "";
+      }
+      if (there.empty()) {
+        EXPECT_EQ(ask(*made), std::pair(1, std::string("none"))) << course;
+        continue;
+      }
+      if (last.empty() || there.find(last) == std::string::npos) {
+        last = there.substr(0, 1);
+      }
+      EXPECT_EQ(ask(*made), std::pair(0, last)) << course;
+    }
+  }
+}
+
 TEST_F(MultiSlotBay, ForgetsItsKindWhenAnotherBayIsMade) {
   const auto first = bay("1");
   present({1, 0, 1});

@@ -5,8 +5,18 @@
 
 #include "tools/HostServices.hpp"
 #include "tools/Status.hpp"
+#include "tools/StopNotice.hpp"
 
 namespace Nimbo {
+
+namespace {
+
+// As changes are told: "slots psu2".
+std::string fullName(const Kind& kind, const Entry& entry) {
+  return std::string(kind.word) + " " + entry.name;
+}
+
+}  // namespace
 
 Outcome attempt(const std::function<pl_status()>& call) {
   trace().forget();
@@ -24,6 +34,7 @@ Outcome attempt(const std::function<pl_status()>& call) {
 }
 
 Device addDevice(const Library& library, const Board& board, const Kind& kind, const Entry& entry) {
+  const StopNotice notice(fullName(kind, entry));
   Device device{&kind, entry, nullptr, {}};
   device.added = attempt([&] {
     device.record = kind.add(library, board, entry);
@@ -40,6 +51,7 @@ Observation observe(const Device& device) {
   if (device.record == nullptr) {
     return observation;
   }
+  const StopNotice notice(fullName(*device.kind, device.entry));
   for (const Column& column : device.kind->columns) {
     Reading reading;
     const Outcome outcome = attempt([&] {

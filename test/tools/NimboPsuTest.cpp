@@ -208,6 +208,17 @@ TEST_F(LivePsu, SuppliesPulledWhileTheyAreReadNeverMixTwoModels) {
   expectModel(process, "psu1", "EP750AB12");
 }
 
+// A header of another version is one of the contents that end the host.
+TEST_F(LivePsu, SupplyThatEndsTheProcessIsNamed) {
+  happen("psu 2 insert tps");
+  ASSERT_EQ(nimbo({"board", "set", "Psu2TlvInfo", "8", "2"}).code, 0);
+  const Result result = live({"show", "slots"});
+  EXPECT_EQ(result.code, -1);
+  EXPECT_THAT(result.err, HasSubstr("Assertion `header[ 8 ] == '\\x01'' failed."));
+  EXPECT_THAT(result.err, testing::EndsWith("nimbo: slots psu2: the library ends the process at "
+                                            "this device, for the reason above\n"));
+}
+
 TEST_F(LivePsu, PmbusSnapshotShowsLatchedFaultsAndLeavesThem) {
   happen("psu 1 ac off");
   happen("psu 1 ac on");

@@ -4,10 +4,12 @@
 #include <cstdio>
 
 #include "tools/Status.hpp"
+#include "tools/StopNotice.hpp"
 
 namespace Nimbo {
 
 ExitCode act(const std::string& name, const std::function<pl_status()>& call) {
+  const StopNotice notice(name);
   const Outcome outcome = attempt(call);
   if (outcome.ok()) {
     return kAllFine;

@@ -95,6 +95,7 @@ std::string tableOf(const Image& image) {
 class ImageJson {
  public:
   explicit ImageJson(const Image& image) {
+    writer_.SetIndent(' ', 2);
     writer_.StartObject();
     put("format", std::string(nameOf(image.format)));
     list("fields", image.fields, [this](const Identity::Field& field) {

@@ -204,6 +204,7 @@ void print(const Answers& answers, bool asJson) {
   }
   rapidjson::StringBuffer buffer;
   rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+  writer.SetIndent(' ', 2);
   writer.StartObject();
   for (const Answer& answer : answers) {
     writeJson(writer, answer, state);

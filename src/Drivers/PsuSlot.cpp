@@ -147,32 +147,43 @@ void PsuSlot::Slot::readModels() {
   }
 }
 
+pl_status PsuSlot::Slot::readLines(PsuIdentity& identity) const {
+  if (presence_.gpio == nullptr || status_.gpio == nullptr) {
+    return PL_STATUS_OK;
+  }
+  bool present;
+  if (const pl_status status = presence_.read(&present)) {
+    return status;
+  }
+  bool powered;
+  if (const pl_status status = status_.read(&powered)) {
+    return status;
+  }
+  if (present && !powered) {
+    identity = kUnpowered;
+  }
+  return present ? PL_STATUS_OK : PL_STATUS_EMPTY;
+}
+
+pl_status PsuSlot::Slot::readIdentity(PsuIdentity& identity) {
+  if (const pl_status status = (this->*method_->reader)(identity.serial, identity.model)) {
+    return status;
+  }
+  if (identity.serial.empty() || identity.model.empty()) {
+    TRACE(7, "Failed to read PSU info '%s' '%s'", identity.serial.c_str(), identity.model.c_str());
+  }
+  return PL_STATUS_OK;
+}
+
 pl_status PsuSlot::Slot::getPresence(char** fdl) {
   TRACE(7, "getPresence");
   PsuIdentity identity;
-  if (presence_.gpio != nullptr && status_.gpio != nullptr) {
-    bool present;
-    if (const pl_status status = presence_.read(&present)) {
-      return status;
-    }
-    bool powered;
-    if (const pl_status status = status_.read(&powered)) {
-      return status;
-    }
-    if (!present) {
-      return PL_STATUS_EMPTY;
-    }
-    if (!powered) {
-      identity = kUnpowered;
-    }
+  if (const pl_status status = readLines(identity)) {
+    return status;
   }
-  if (identity.serial.empty() && identity.model.empty()) {
-    if (const pl_status status = (this->*method_->reader)(identity.serial, identity.model)) {
+  if (identity == PsuIdentity()) {
+    if (const pl_status status = readIdentity(identity)) {
       return status;
-    }
-    if (identity.serial.empty() || identity.model.empty()) {
-      TRACE(7, "Failed to read PSU info '%s' '%s'", identity.serial.c_str(),
-            identity.model.c_str());
     }
   }
   if (identity == cached_ && !cachedFdl_.empty()) {

@@ -72,6 +72,9 @@ class PsuSlot::Slot : public Component::LogicalDevice::Slot {
   void chooseMethod();
   void requireMethodArg(const Method& method, const char* key) const;
   std::string ipmiCommand() const;
+  // Asks both lines, where there are both: of a supply without power the identity is known then.
+  pl_status readLines(PsuIdentity& identity) const;
+  pl_status readIdentity(PsuIdentity& identity);
   std::string describe(const PsuIdentity& identity) const;
   std::string filled(const std::string& format, const PsuIdentity& identity) const;
 

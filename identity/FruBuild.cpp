@@ -5,6 +5,7 @@
 #include "identity/Checksum.hpp"
 #include "identity/FruFormat.hpp"
 #include "identity/FruTime.hpp"
+#include "identity/Value.hpp"
 
 namespace Identity {
 namespace {
@@ -12,7 +13,8 @@ namespace {
 using Fru::FieldType;
 
 void addField(Bytes& area, Config::Settings& fields, std::string_view key) {
-  const std::string text = fields.text(key, "");
+  const std::optional<Config::Item> value = fields.find(key);
+  const std::string text = value ? plainTextOf(*value) : "";
   // A text of one byte could not be told from the end of the fields.
   if (text.size() == 1 || text.size() > Fru::kLengthMask) {
     fields.fail(key, fmt::format("write 2 to {} characters, or leave it out", Fru::kLengthMask));

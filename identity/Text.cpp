@@ -7,11 +7,6 @@
 #include <string_view>
 
 namespace Identity {
-namespace {
-
-constexpr bool isPrintable(uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
-
-}  // namespace
 
 std::string hexText(View bytes, char separator) {
   std::string text;

@@ -9,6 +9,8 @@
 
 namespace Identity {
 
+[[nodiscard]] constexpr bool isPrintable(uint8_t byte) { return byte >= 0x20 && byte < 0x7F; }
+
 // The characters if all can be printed, else as hexText.
 [[nodiscard]] std::string plainText(View bytes);
 

@@ -44,12 +44,27 @@ Bytes addressBytes(const Config::Item& value) {
   return bytes;
 }
 
+Bytes textBytes(const Config::Item& value) {
+  const std::string text = plainTextOf(value);
+  return {text.begin(), text.end()};
+}
+
 // A list of bytes is taken as it is, whatever the type.
 Bytes valueOf(const Type& type, const Config::Item& value) {
-  const bool list = value.value.IsArray();
-  return !list && type.form == Form::kNumber    ? numberBytes(type, value)
-         : !list && type.form == Form::kAddress ? addressBytes(value)
-                                                : bytesOf(value);
+  if (value.value.IsArray()) {
+    return bytesOf(value);
+  }
+  switch (type.form) {
+    case Form::kText:
+      return textBytes(value);
+    case Form::kNumber:
+      return numberBytes(type, value);
+    case Form::kAddress:
+      return addressBytes(value);
+    case Form::kBytes:
+      break;
+  }
+  return bytesOf(value);
 }
 
 TlvRecord recordOf(const std::string& key, const Config::Item& value) {

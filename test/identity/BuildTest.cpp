@@ -60,6 +60,17 @@ TEST(IdentityBuild, ValuesOfATlvInfoHaveTheLengthOfTheirType) {
   EXPECT_THAT(complaint(tlvInfo, "{'0x2A': 'many'}"), HasSubstr("a whole number"));
 }
 
+TEST(IdentityBuild, TextsArePrintableAscii) {
+  for (const char* text : {"caf\u00e9", "a\\u0001b", "line\\n"}) {
+    EXPECT_EQ(complaint(fru, std::string("{'serial': '") + text + "'}"),
+              "eeprom.json:1:20: write characters of ASCII that can be printed");
+    EXPECT_EQ(complaint(tlvInfo, std::string("{'0x23': '") + text + "'}"),
+              "eeprom.json:1:22: write characters of ASCII that can be printed");
+  }
+  EXPECT_THAT(complaint(tlvInfo, "{'0x23': 5}"), HasSubstr("write a text in quotes"));
+  EXPECT_EQ(tlvInfo("{'0x23': [1, 255]}").size(), 11u + 4 + 6) << "bytes may be any";
+}
+
 TEST(IdentityBuild, AnAddressIsWrittenInPairsOfDigits) {
   for (const char* text : {"00:1c:73:00:01:fg", "0:1c:73:00:01:ff", "001c730001ff",
                            "00:1c:73:00:01:ff:", "00-1c-73-00-01-ff", "00:1c:73:00:01:1ff"}) {

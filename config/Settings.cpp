@@ -52,8 +52,11 @@ uint32_t Item::number(uint32_t least, uint32_t most) const {
 }
 
 std::string Item::text() const {
-  if (!value.IsString() || value.GetStringLength() == 0) {
+  if (!value.IsString()) {
     fail("write a text in quotes");
+  }
+  if (value.GetStringLength() == 0) {
+    fail("write a text in quotes that is not empty");
   }
   return std::string(textOf(value));
 }

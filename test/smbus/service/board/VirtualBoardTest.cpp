@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
               "board.json:1:2: ", "the keys are \"board\", \"buses\", \"events\""},
         Wrong{"{'seed': 'x'}", "board.json:1:10: ", "0x00"},
         Wrong{"{'buses': [{}]}", "board.json:1:12: ", "add the key \"name\""},
-        Wrong{"{'buses': [{'name': ''}]}", "board.json:1:21: ", "text in quotes"},
+        Wrong{"{'buses': [{'name': ''}]}", "board.json:1:21: ", "text in quotes that is not empty"},
         Wrong{"{'buses': [{'name': 'a'},\n {'name': 'a'}]}",
               "board.json:2:11: ", "there is a bus \"a\" already"},
         Wrong{"{'buses': [{'name': 'a:b'}]}", "board.json:1:21: ", "without a colon"},

@@ -7,9 +7,8 @@
 //              type's length, its address type a text like "00:1c:73:00:01:ff", its text types
 //              printable ASCII; its types have its lengths. Header and checksum are added.
 //   "fru"      the texts of the product info area, printable ASCII: "manufacturer", "name", "part",
-//   "version",
-//              "serial", "asset", "fileId"; and "board" with those of the board info area:
-//              "manufacturer", "name", "serial", "part", "fileId", and "date" for the time of
+//              "version", "serial", "asset", "fileId"; and "board" with those of the board info
+//              area: "manufacturer", "name", "serial", "part", "fileId", and "date" for the time of
 //              manufacture, "2026-11-21T08:00Z". A "board" alone makes no product info area.
 #pragma once
 

@@ -83,6 +83,16 @@ std::vector<Entry> Board::entries(const std::string& kind) const {
   return entries;
 }
 
+std::vector<Entry> Board::fansOf(const Entry& supply) const {
+  std::vector<Entry> fans;
+  const Value* const list = member(supply.node, "fans");
+  for (rapidjson::SizeType i = 0; list != nullptr && i < list->Size(); ++i) {
+    fans.push_back({fmt::format("{}.fan{}", supply.name, i + 1),
+                    fmt::format("{}/fans/{}", supply.pointer, i), &(*list)[i], supply.device});
+  }
+  return fans;
+}
+
 Document Board::describe(const TopologyDevice& device, const Value* args) const {
   Document document;
   auto& allocator = document.GetAllocator();
@@ -189,11 +199,10 @@ void Board::checkSupply(const Entry& entry) const {
     file_->fail(entry.pointer + "/slot",
                 fmt::format("no slot has the name \"{}\"", slot->GetString()));
   }
-  const Value* const fans = member(entry.node, "fans");
-  for (rapidjson::SizeType i = 0; fans != nullptr && i < fans->Size(); ++i) {
+  for (const Entry& fan : fansOf(entry)) {
     checkArguments(*file_, *devices_,
-                   {entry.device->driver(), "fans", fmt::format("{}/fans/{}", entry.pointer, i),
-                    member(&(*fans)[i], "args"), member(entry.device->node, "driverArgs")});
+                   {fan.device->driver(), "fans", fan.pointer, member(fan.node, "args"),
+                    member(fan.device->node, "driverArgs")});
   }
 }
 

@@ -46,6 +46,9 @@ class Board {
   // no such list.
   std::vector<Entry> entries(const std::string& kind) const;
 
+  // The fans in a supply, "psu1.fan1" and so on for the supply "psu1".
+  std::vector<Entry> fansOf(const Entry& supply) const;
+
   // What pl_X_add takes: the topology's device with the entry's arguments merged over its own, and
   // the device's label as the name of its simulation file, which all entries of a device share.
   // Members of `further` win over both. A slot with "modules" becomes a container of their

@@ -90,7 +90,11 @@ std::vector<Device> Session::add(std::span<const Kind* const> kinds) const {
 }
 
 Device Session::add(const Kind& kind, const std::string& name) const {
-  Device device = addDevice(library_, board_, kind, entry(kind.key, name));
+  return add(kind, entry(kind.key, name));
+}
+
+Device Session::add(const Kind& kind, const Entry& entry) const {
+  Device device = addDevice(library_, board_, kind, entry);
   if (device.record == nullptr) {
     throw Config::FileError(board_.place(device.entry), refusal(device));
   }

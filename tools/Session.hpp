@@ -41,6 +41,7 @@ class Session {
 
   // Adds the one device of that name; throws Config::FileError at the entry on a refusal.
   Device add(const Kind& kind, const std::string& name) const;
+  Device add(const Kind& kind, const Entry& entry) const;
 
   // Looks at all devices.
   Report report(std::span<const Kind* const> kinds, std::span<const Device> devices) const;

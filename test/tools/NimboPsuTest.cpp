@@ -167,6 +167,37 @@ TEST_F(LivePsu, SupplyThatFailsWithAcIsAFault) {
   }
 }
 
+// One model is asked for a speed, the other for a duty of its highest speed.
+TEST_F(LivePsu, FansOfSuppliesFollowTheirCommands) {
+  EXPECT_EQ(live({"fan", "set", "psu1-emerson.fan1", "15000"}).out,
+            "psu1-emerson.fan1: asked for 15000 rpm\n");
+  ASSERT_EQ(live({"fan", "set", "psu2-dps.fan1", "12000"}).code, 0);
+  double emerson = 0;
+  double dps = 0;
+  do {
+    const rapidjson::Document report = shown();
+    emerson = entry(report, "psus", "psu1-emerson")["fan1_rpm"].GetDouble();
+    dps = entry(report, "psus", "psu2-dps")["fan1_rpm"].GetDouble();
+  } while (emerson < 14500 || dps < 11500);
+  EXPECT_LT(emerson, 15500);
+  EXPECT_LT(dps, 12500);
+}
+
+TEST_F(LivePsu, FanOfASupplyThatIsNotThereTakesNoSpeed) {
+  const Result result = live({"fan", "set", "psu1-dps.fan1", "9000"});
+  EXPECT_EQ(result.code, 3);
+  EXPECT_THAT(result.err, HasSubstr("nimbo: psu1-dps.fan1: failed (no answer): "));
+}
+
+TEST_F(NimboPsu, FanOfASupplyHasAHighestSpeedAndANumber) {
+  EXPECT_EQ(nimbo({"fan", "set", "psu1-dps.fan1", "20001"}).err,
+            "nimbo: psu1-dps.fan1 turns at 20000 rpm at most\n");
+  const Result third = nimbo({"fan", "set", "psu1-dps.fan3", "9000"});
+  EXPECT_EQ(third.code, 2);
+  EXPECT_EQ(third.err,
+            "nimbo: this board has no \"psu1-dps.fan3\" among its fans: fan1, fan2, fan3, fan4\n");
+}
+
 TEST_F(LivePsu, StalledFanOfASupplyIsAFault) {
   ASSERT_EQ(nimbo({"board", "set", "Psu2Dps.fan1.stalled", "1"}).code, 0);
   std::string status;

@@ -20,7 +20,10 @@ namespace {
 
 constexpr const char* kSetHelp = "Ask a fan for a speed";
 constexpr const char* kSetDetails =
-    "Fans that share one duty cycle follow the one that is their PWM master; set that one.";
+    "Fans that share one duty cycle follow the one that is their PWM master; set that one. A\n"
+    "supply's own fans are SUPPLY.fan1 and SUPPLY.fan2.\n"
+    "\n"
+    "  nimbo --live fan set psu1-emerson.fan1 9000";
 
 struct Arguments {
   std::string name;
@@ -30,6 +33,18 @@ struct Arguments {
 std::string argument(const Entry& entry, const char* key) {
   const auto* value = Config::member(Config::member(entry.node, "args"), key);
   return value == nullptr ? "" : value->IsString() ? value->GetString() : Config::jsonText(*value);
+}
+
+// One of the board's fans, or of a supply's.
+Entry fanOf(const Session& session, const std::string& name) {
+  for (const Entry& supply : session.board().entries(kPsus.key)) {
+    for (const Entry& fan : session.board().fansOf(supply)) {
+      if (fan.name == name) {
+        return fan;
+      }
+    }
+  }
+  return session.entry(kFans.key, name);
 }
 
 bool isMaster(const Entry& entry) { return argument(entry, "pwmMaster") == "true"; }
@@ -50,7 +65,8 @@ void requireMaster(const Session& session, const Entry& fan) {
 
 // The duty cycle of a speed above the highest would not be the highest one.
 void requireWithinRange(const Entry& fan, int rpm) {
-  const std::string highest = argument(fan, "maxRpm");
+  const std::string own = argument(fan, "maxRpm");
+  const std::string highest = own.empty() ? argument(fan, "maxFanRpm") : own;
   if (!highest.empty() && rpm > std::atoi(highest.c_str())) {
     throw UsageError(fmt::format("{} turns at {} rpm at most", fan.name, highest));
   }
@@ -58,10 +74,10 @@ void requireWithinRange(const Entry& fan, int rpm) {
 
 ExitCode setSpeed(const Options& options, const Arguments& arguments) {
   const Session session(options);
-  const Entry entry = session.entry(kFans.key, arguments.name);
+  const Entry entry = fanOf(session, arguments.name);
   requireMaster(session, entry);
   requireWithinRange(entry, arguments.rpm);
-  const Device fan = session.add(kFans, arguments.name);
+  const Device fan = session.add(kFans, entry);
   if (!options.live) {
     // A simulated register is written at the place of the one that was read last; the poll's is one
     // that takes no speed.
@@ -83,7 +99,8 @@ void addFanCommand(CLI::App& app, const Options& options, Run& run) {
   CLI::App* command = app.add_subcommand("fan", "Control a fan");
   command->require_subcommand(1);
   CLI::App* set = command->add_subcommand("set", kSetHelp)->footer(kSetDetails);
-  set->add_option("NAME", arguments->name, "The fan's name, as shown by nimbo show")->required();
+  set->add_option("NAME", arguments->name, "The fan's name, as shown by nimbo show, or SUPPLY.fan1")
+      ->required();
   set->add_option("RPM", arguments->rpm, "Revolutions per minute")
       ->required()
       ->check(CLI::Range(0, std::numeric_limits<int>::max()));

@@ -18,8 +18,6 @@ namespace Nimbo {
 
 namespace {
 
-using rapidjson::SizeType;
-
 struct Supply {
   pl_psu* psu;
   Bay* bay;  // null: the supply is always there
@@ -45,10 +43,8 @@ Bay* bayOf(const Library& library, const Board& board, const Entry& entry) {
 
 std::vector<pl_fan*> fansOf(const Library& library, const Board& board, const Entry& entry) {
   std::vector<pl_fan*> fans;
-  const rapidjson::Value* const nodes = Config::member(entry.node, "fans");
-  for (SizeType i = 0; nodes != nullptr && i < nodes->Size(); ++i) {
-    const std::string fan = board.description(entry, Config::member(&(*nodes)[i], "args"));
-    fans.push_back(library.function<decltype(pl_fan_add)>("pl_fan_add")(fan.c_str()));
+  for (const Entry& fan : board.fansOf(entry)) {
+    fans.push_back(static_cast<pl_fan*>(kFans.add(library, board, fan)));
   }
   return fans;
 }

@@ -10,7 +10,8 @@
 
 namespace Nimbo {
 
-// The value of the word "key=value" in a descriptor of words between blanks; none without it.
+// The value of the word "key=value" in a descriptor of words between blanks; none without it. Words
+// without a key belong to the value before them: a supply's model may be called "DPS 550".
 std::optional<std::string> slotWord(std::string_view descriptor, std::string_view key);
 
 }  // namespace Nimbo

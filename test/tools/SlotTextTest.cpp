@@ -19,6 +19,12 @@ TEST(SlotText, KeyThatIsNotThereHasNoValue) {
   EXPECT_EQ(slotWord("", "model"), std::nullopt);
 }
 
+TEST(SlotText, ValueGoesOnToTheNextKey) {
+  const char* const text = "model=DPS 550 AB  serial=S 1 airflow=x";
+  EXPECT_EQ(slotWord(text, "model"), "DPS 550 AB");
+  EXPECT_EQ(slotWord(text, "serial"), "S 1");
+}
+
 TEST(SlotText, FirstOfTwoCounts) { EXPECT_EQ(slotWord("a=1 a=2", "a"), "1"); }
 
 }  // namespace

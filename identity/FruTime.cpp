@@ -35,12 +35,18 @@ std::optional<uint32_t> parseTime(const std::string& text) {
   unsigned d = 0;
   unsigned hour = 0;
   unsigned minute = 0;
-  if (std::sscanf(text.c_str(), "%4u-%2u-%2uT%2u:%2uZ", &y, &m, &d, &hour, &minute) != 5) return {};
+  if (std::sscanf(text.c_str(), "%4u-%2u-%2uT%2u:%2uZ", &y, &m, &d, &hour, &minute) != 5) {
+    return {};
+  }
   const year_month_day date{year{static_cast<int>(y)}, month{m}, day{d}};
-  if (!date.ok()) return {};
+  if (!date.ok()) {
+    return {};
+  }
   const long minutes = (sys_days{date} - kEpoch).count() * long{kMinutesOfDay} + hour * 60 + minute;
   // The text that stands for the minutes is the one that was written, or it was no time.
-  if (minutes < 1 || minutes > kMost || timeText(static_cast<uint32_t>(minutes)) != text) return {};
+  if (minutes < 1 || minutes > kMost || timeText(static_cast<uint32_t>(minutes)) != text) {
+    return {};
+  }
   return static_cast<uint32_t>(minutes);
 }
 

@@ -225,6 +225,33 @@ std::string busTimeText(const Value& answer, bool colours) {
   return table.text(colours);
 }
 
+std::string transfersText(const Value& answer, bool colours) {
+  Table table = tableOf({{"BUS", Align::kLeft},
+                         {"N", Align::kRight},
+                         {"AT", Align::kRight},
+                         {"CHIP", Align::kLeft},
+                         {"ADDRESS", Align::kLeft},
+                         {"KIND", Align::kLeft},
+                         {"BITS", Align::kRight},
+                         {"SECONDS", Align::kRight},
+                         {"FAILED", Align::kLeft}});
+  for (const Value& bus : list(answer, "buses")) {
+    for (const Value& transfer : list(bus, "transfers")) {
+      table.addRow();
+      table.addCell(text(bus, "name"));
+      table.addCell(text(transfer, "n"));
+      table.addCell(fmt::format("{:.6f}", transfer["at"].GetDouble()));
+      table.addCell(text(transfer, "chip"));
+      table.addCell(fmt::format("0x{:02x}", transfer["address"].GetUint()));
+      table.addCell(text(transfer, "kind"));
+      table.addCell(text(transfer, "bits"));
+      table.addCell(fmt::format("{:.6f}", transfer["seconds"].GetDouble()));
+      table.addCell(text(transfer, "failed"));
+    }
+  }
+  return table.text(colours);
+}
+
 std::string valueText(const Value& answer, bool /*colours*/) {
   const auto bits = answer.FindMember("bits");
   if (bits == answer.MemberEnd()) {

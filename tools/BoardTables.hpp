@@ -16,6 +16,7 @@ std::string boardText(const rapidjson::Value& answer, bool colours);
 std::string faultsText(const rapidjson::Value& answer, bool colours);
 std::string busesText(const rapidjson::Value& answer, bool colours);
 std::string busTimeText(const rapidjson::Value& answer, bool colours);
+std::string transfersText(const rapidjson::Value& answer, bool colours);
 std::string valueText(const rapidjson::Value& answer, bool colours);
 
 }  // namespace Nimbo

@@ -12,6 +12,7 @@
 
 namespace {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using TestSupport::parsed;
@@ -102,6 +103,9 @@ TEST_F(NimboBoard, BusTimeIsReportedByChipAndKind) {
   ASSERT_EQ(live({"smbus", "psu1-eeprom", "get", "0"}).code, 0);
   EXPECT_THAT(printed({"time"}), HasSubstr("Psu1Eeprom"));
   EXPECT_THAT(printed({"buses"}), HasSubstr("100000 Hz"));
+  EXPECT_THAT(printed({"transfers", "scd0.accel0.bus1"}),
+              ContainsRegex("scd0.accel0.bus1 +[0-9]+ +[0-9.]+ +Mux1 +0x70 +send byte +20 "));
+  EXPECT_THAT(complaint({"transfers", "scd0"}), HasSubstr("there is no bus \"scd0\""));
   const rapidjson::Document document = parsed(printed({"time", "--json"}));
   EXPECT_GT(document["buses"][1]["bits"].GetUint(), 0u);
 }

@@ -114,6 +114,12 @@ void putScenario(const Words& words, Config::JsonLine& request) {
   request.put("text", text);
 }
 
+void putBus(const Words& words, Config::JsonLine& request) {
+  if (!words.name.empty()) {
+    request.put("bus", words.name);
+  }
+}
+
 void putWhat(const Words& words, Config::JsonLine& request) { request.put("what", words.name); }
 
 std::string nothingText(const rapidjson::Value& /*answer*/, bool /*colours*/) { return ""; }
@@ -198,6 +204,12 @@ const std::vector<BoardCommand>& boardCommands() {
       {"stop", "stop", "Stop the scenario that runs", {}, putNothing, nothingText},
       {"buses", "time", "The buses, and what has gone over them", {}, putNothing, busesText},
       {"time", "time", "Bus time by bus, chip and kind of operation", {}, putNothing, busTimeText},
+      {"transfers",
+       "transfers",
+       "The last operations on each bus, or on one, with the bits that each took",
+       {{"BUS", "Name of a bus", false}},
+       putBus,
+       transfersText},
   };
   return kCommands;
 }

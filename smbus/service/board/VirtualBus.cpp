@@ -59,12 +59,13 @@ int VirtualBus::perform(const Operation& operation, std::string& answer) {
   {
     std::unique_lock lock(chipsInUse_);
     timeout_ = operation.timeout.count() > 0 ? Time(operation.timeout) : settings_.timeout;
+    const Time at = clock_.now();
     wire_.begin();
     faults_.begin();
     error = waitOutHang(lock) ? ETIMEDOUT : transfer(operation, answer);
     wire_.stop();
     faults_.end();
-    count(operation.kind, error != 0);
+    count(operation, at, error);
     wait = duration();
   }
   wiring_.settle();
@@ -110,15 +111,24 @@ std::vector<BusFault> VirtualBus::faults() const {
   return faults_.all();
 }
 
-void VirtualBus::count(OperationKind kind, bool failed) {
+void VirtualBus::count(const Operation& operation, Time at, int error) {
+  const OperationKind kind = operation.kind;
+  const bool failed = error != 0;
   const uint32_t bits = wire_.bits();
+  const std::vector<Seat*>& addressed = wire_.addressed();
   counts_.all.of(kind).add(failed, bits);
-  if (wire_.addressed().empty()) {
+  if (addressed.empty()) {
     counts_.unanswered.of(kind).add(failed, bits);
   }
-  for (Seat* seat : wire_.addressed()) {
+  for (Seat* seat : addressed) {
     seat->counts.of(kind).add(failed, bits);
   }
+  log_.add({.at = at,
+            .kind = kind,
+            .address = operation.address,
+            .chip = addressed.empty() ? std::string_view() : addressed.front()->label,
+            .error = error,
+            .bits = bits});
 }
 
 BusCounts VirtualBus::counts() const {
@@ -131,9 +141,9 @@ KindCounts VirtualBus::countsOf(const Seat& seat) const {
   return seat.counts;
 }
 
-uint32_t VirtualBus::bitsOfLast() const {
+std::vector<Transfer> VirtualBus::lastTransfers(size_t most) const {
   const std::scoped_lock lock(chipsInUse_);
-  return wire_.bits();
+  return log_.last(most);
 }
 
 Time VirtualBus::duration() const {

@@ -11,6 +11,7 @@
 #include "smbus/service/Bus.hpp"
 #include "smbus/service/board/Agenda.hpp"
 #include "smbus/service/board/BusFaults.hpp"
+#include "smbus/service/board/TransferLog.hpp"
 #include "smbus/service/board/Wire.hpp"
 #include "smbus/service/board/Wiring.hpp"
 
@@ -59,12 +60,12 @@ class VirtualBus : public Bus {
 
   [[nodiscard]] BusCounts counts() const;
   [[nodiscard]] KindCounts countsOf(const Seat& seat) const;
-  [[nodiscard]] uint32_t bitsOfLast() const;
+  [[nodiscard]] std::vector<Transfer> lastTransfers(size_t most) const;
 
  private:
   [[nodiscard]] bool waitOutHang(std::unique_lock<std::mutex>& lock);
   [[nodiscard]] int stuckLine();
-  void count(OperationKind kind, bool failed);
+  void count(const Operation& operation, Time at, int error);
   [[nodiscard]] int transfer(const Operation& operation, std::string& answer);
   [[nodiscard]] int send(const Operation& operation);
   [[nodiscard]] int receive(const Operation& operation, std::string& answer);
@@ -86,6 +87,7 @@ class VirtualBus : public Bus {
   Wire wire_{segment_, faults_};
   Time timeout_{0};  // of the operation under way
   BusCounts counts_;
+  TransferLog log_;
 };
 
 }  // namespace SmbusService::Board

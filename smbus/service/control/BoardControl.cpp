@@ -52,11 +52,17 @@ struct BoardControl::Command {
 };
 
 const BoardControl::Command BoardControl::kCommands[] = {
-    {"clear", &BoardControl::clear},       {"event", &BoardControl::event},
-    {"fault", &BoardControl::fault},       {"faults", &BoardControl::faults},
-    {"get", &BoardControl::get},           {"list", &BoardControl::list},
-    {"scenario", &BoardControl::scenario}, {"set", &BoardControl::set},
-    {"stop", &BoardControl::stop},         {"time", &BoardControl::time},
+    {"clear", &BoardControl::clear},
+    {"event", &BoardControl::event},
+    {"fault", &BoardControl::fault},
+    {"faults", &BoardControl::faults},
+    {"get", &BoardControl::get},
+    {"list", &BoardControl::list},
+    {"scenario", &BoardControl::scenario},
+    {"set", &BoardControl::set},
+    {"stop", &BoardControl::stop},
+    {"time", &BoardControl::time},
+    {"transfers", &BoardControl::transfers},
     {"wire", &BoardControl::wire},
 };
 
@@ -260,6 +266,18 @@ void BoardControl::stop(Settings& request, Config::JsonLine& /*answer*/) {
 void BoardControl::time(Settings& request, Config::JsonLine& answer) {
   request.finish();
   reportTime(*board_, answer);
+}
+
+void BoardControl::transfers(Settings& request, Config::JsonLine& answer) {
+  constexpr uint32_t kUsual = 20;
+  const std::string bus = request.text("bus", "");
+  const uint32_t most = request.number("last", 1, Board::TransferLog::kKept, kUsual);
+  request.finish();
+  if (!bus.empty()) {
+    requireBus(*board_, bus);
+  }
+  reportTransfers(*board_, bus.empty() ? board_->busNames() : std::vector<std::string>{bus}, most,
+                  answer);
 }
 
 }  // namespace SmbusService

@@ -41,6 +41,7 @@ class BoardControl {
   void faults(Board::Settings& request, Config::JsonLine& answer);
   void clear(Board::Settings& request, Config::JsonLine& answer);
   void time(Board::Settings& request, Config::JsonLine& answer);
+  void transfers(Board::Settings& request, Config::JsonLine& answer);
 
   void scenario(Board::Settings& request, Config::JsonLine& answer);
   void stop(Board::Settings& request, Config::JsonLine& answer);

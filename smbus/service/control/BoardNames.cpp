@@ -55,6 +55,10 @@ void requireChip(const VirtualBoard& board, const std::string& label) {
   require("chip", label, board.labels());
 }
 
+void requireBus(const VirtualBoard& board, const std::string& name) {
+  require("bus", name, board.busNames());
+}
+
 void requireWire(const VirtualBoard& board, const std::string& name) {
   require("wire", name, wiresOf(board));
 }

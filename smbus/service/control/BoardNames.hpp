@@ -12,6 +12,8 @@ namespace SmbusService {
 
 void requireChip(const Board::VirtualBoard& board, const std::string& label);
 
+void requireBus(const Board::VirtualBoard& board, const std::string& name);
+
 void requireWire(const Board::VirtualBoard& board, const std::string& name);
 
 void requireEvent(const Board::VirtualBoard& board, const std::string& name);

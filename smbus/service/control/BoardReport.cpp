@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "smbus/service/control/BoardReport.hpp"
 
+#include <system_error>
+
 #include "smbus/service/OperationKind.hpp"
 
 namespace SmbusService {
@@ -53,16 +55,29 @@ void putFault(const FaultReport& fault, Time now, Config::JsonLine& answer) {
   }
 }
 
-// What the bits of a count take at a bus's clock.
-double secondsOf(const TransferCount& count, const VirtualBus& bus) {
-  return static_cast<double>(count.bits) / bus.settings().clockHz;
+// What bits take at a bus's clock.
+double secondsOf(uint64_t bits, const VirtualBus& bus) {
+  return static_cast<double>(bits) / bus.settings().clockHz;
 }
 
 void putCount(const TransferCount& count, const VirtualBus& bus, Config::JsonLine& answer) {
   answer.put("transfers", count.transfers);
   answer.put("failed", count.failed);
   answer.put("bits", count.bits);
-  answer.put("seconds", secondsOf(count, bus));
+  answer.put("seconds", secondsOf(count.bits, bus));
+}
+
+void putTransfer(const Transfer& transfer, const VirtualBus& bus, Config::JsonLine& answer) {
+  answer.put("n", transfer.number);
+  answer.put("at", seconds(transfer.at));
+  answer.put("kind", traitsOf(transfer.kind).name);
+  answer.put("address", uint64_t{transfer.address});
+  answer.put("chip", transfer.chip);
+  answer.put("bits", uint64_t{transfer.bits});
+  answer.put("seconds", secondsOf(transfer.bits, bus));
+  if (transfer.error != 0) {
+    answer.put("failed", std::generic_category().message(transfer.error));
+  }
 }
 
 void putCounts(const KindCounts& counts, const VirtualBus& bus, Config::JsonLine& answer) {
@@ -146,6 +161,19 @@ void reportTime(VirtualBoard& board, Config::JsonLine& answer) {
   answer.put("seconds", seconds(board.clock().now()));
   answer.list("buses", board.busNames(), [&](const std::string& name) {
     answer.object([&] { putBus(board, *board.bus(name), answer); });
+  });
+}
+
+void reportTransfers(VirtualBoard& board, const std::vector<std::string>& buses, size_t most,
+                     Config::JsonLine& answer) {
+  answer.list("buses", buses, [&](const std::string& name) {
+    const VirtualBus& bus = *board.bus(name);
+    answer.object([&] {
+      answer.put("name", name);
+      answer.list("transfers", bus.lastTransfers(most), [&](const Transfer& transfer) {
+        answer.object([&] { putTransfer(transfer, bus, answer); });
+      });
+    });
   });
 }
 

@@ -20,4 +20,8 @@ void reportFaults(Board::VirtualBoard& board, Config::JsonLine& answer);
 // "seconds", and "buses" with their counts, by chip and by kind of operation.
 void reportTime(Board::VirtualBoard& board, Config::JsonLine& answer);
 
+// "buses" with their last transfers, at most `most` each.
+void reportTransfers(Board::VirtualBoard& board, const std::vector<std::string>& buses, size_t most,
+                     Config::JsonLine& answer);
+
 }  // namespace SmbusService

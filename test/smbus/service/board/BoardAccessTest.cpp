@@ -120,11 +120,43 @@ TEST_F(BoardAccessTest, BusTimeIsCountedByChipAndKind) {
   EXPECT_EQ(counts.unanswered.total(), (TransferCount{.transfers = 1, .failed = 1, .bits = 11}));
 }
 
+TEST_F(BoardAccessTest, EachTransferIsToldWithItsBits) {
+  loadChips("{'label': 'x', 'model': 'register', 'address': 9}");
+  ASSERT_EQ(read(9, 0), 0);
+  clock.sleep(std::chrono::seconds(2));
+  EXPECT_EQ(send(10, 0), ENXIO);
+  const std::vector<Transfer> transfers = main().lastTransfers(5);
+  ASSERT_EQ(transfers.size(), 2u);
+  EXPECT_EQ(transfers[0].number, 1u);
+  EXPECT_EQ(transfers[0].chip, "x");
+  EXPECT_EQ(transfers[0].kind, OperationKind::kReadByte);
+  EXPECT_EQ(transfers[0].bits, 39u);
+  EXPECT_EQ(transfers[0].error, 0);
+  EXPECT_EQ(transfers[1].at - transfers[0].at, std::chrono::seconds(2));
+  EXPECT_EQ(transfers[1].chip, "");
+  EXPECT_EQ(transfers[1].address, 10);
+  EXPECT_EQ(transfers[1].bits, 11u);
+  EXPECT_EQ(transfers[1].error, ENXIO);
+}
+
+TEST_F(BoardAccessTest, TheLastTransfersAreKept) {
+  loadChips("{'label': 'x', 'model': 'register', 'address': 9}");
+  EXPECT_THAT(main().lastTransfers(5), IsEmpty());
+  for (size_t i = 0; i < TransferLog::kKept + 3; ++i) {
+    ASSERT_EQ(read(9, 0), 0);
+  }
+  EXPECT_EQ(main().lastTransfers(1).front().number, TransferLog::kKept + 3);
+  const std::vector<Transfer> all = main().lastTransfers(SIZE_MAX);
+  ASSERT_EQ(all.size(), TransferLog::kKept);
+  EXPECT_EQ(all.front().number, 4u);
+  EXPECT_EQ(all.back().number, TransferLog::kKept + 3);
+}
+
 TEST_F(BoardAccessTest, WhatNeverReachesTheWireTakesNoBits) {
   loadChips("{'label': 'x', 'model': 'register', 'address': 9}");
   ASSERT_EQ(read(9, 0), 0);
   EXPECT_EQ(perform({.kind = OperationKind::kWriteBlock, .address = 9}), EPROTO);
-  EXPECT_EQ(main().bitsOfLast(), 0u);
+  EXPECT_EQ(main().lastTransfers(1).back().bits, 0u);
   EXPECT_EQ(main().counts().all.total().bits, 39u);
 }
 

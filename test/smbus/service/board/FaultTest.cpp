@@ -81,7 +81,7 @@ TEST_F(FaultTest, AStopCutsTheTransferShort) {
 TEST_F(FaultTest, AStopRightAfterTheAddressIsOneToo) {
   inject("{'kind': 'stop', 'target': 'main', 'bytes': 0}");
   EXPECT_EQ(receive(kPlain), EIO);
-  EXPECT_EQ(main().bitsOfLast(), 11u) << "START, the address, STOP";
+  EXPECT_EQ(main().lastTransfers(1).back().bits, 11u) << "START, the address, STOP";
 }
 
 TEST_F(FaultTest, AMuxThatHearsAStopTooSoonKeepsItsChannels) {
@@ -143,7 +143,7 @@ TEST_F(FaultTest, ALineThatIsStuckStopsTheWholeBus) {
   ASSERT_TRUE(board->faults().clear(data));
   inject("{'kind': 'scl-stuck', 'target': 'main'}");
   EXPECT_EQ(read(kPlain, 0), ETIMEDOUT);
-  EXPECT_EQ(main().bitsOfLast(), 0u);
+  EXPECT_EQ(main().lastTransfers(1).back().bits, 0u);
 }
 
 TEST_F(FaultTest, AChipThatHoldsALineIsKeptAwayByItsMux) {

@@ -101,7 +101,7 @@ TEST_P(FrameTest, GoesOverTheBusAsTheStandardDrawsIt) {
   operation.size = 3;
   EXPECT_EQ(perform(GetParam().kind, GetParam().data), 0);
   EXPECT_EQ(scribe->log, GetParam().log);
-  EXPECT_EQ(bus.bitsOfLast(), GetParam().bits);
+  EXPECT_EQ(bus.lastTransfers(1).back().bits, GetParam().bits);
 }
 
 INSTANTIATE_TEST_SUITE_P(

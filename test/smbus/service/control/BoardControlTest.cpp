@@ -156,6 +156,28 @@ TEST_F(BoardControlTest, WithoutAVirtualBoardEveryRequestIsExplained) {
               HasSubstr("this service has no virtual board"));
 }
 
+TEST_F(BoardControlTest, TransfersAreToldOneByOne) {
+  ASSERT_EQ(read(0x20), 0);
+  EXPECT_NE(read(0x7F), 0);
+  const rapidjson::Document all = done("{'command': 'transfers'}");
+  ASSERT_EQ(all["buses"].Size(), 2u);
+  EXPECT_STREQ(all["buses"][0]["name"].GetString(), "main");
+  const auto& transfers = all["buses"][0]["transfers"];
+  ASSERT_EQ(transfers.Size(), 2u);
+  EXPECT_STREQ(transfers[0]["chip"].GetString(), "plain");
+  EXPECT_STREQ(transfers[0]["kind"].GetString(), "read byte");
+  EXPECT_EQ(transfers[0]["bits"].GetUint(), 39u);
+  EXPECT_DOUBLE_EQ(transfers[0]["seconds"].GetDouble(), 0.00039);
+  EXPECT_FALSE(transfers[0].HasMember("failed"));
+  EXPECT_STREQ(transfers[1]["chip"].GetString(), "");
+  EXPECT_STREQ(transfers[1]["failed"].GetString(), "No such device or address");
+  EXPECT_TRUE(all["buses"][1]["transfers"].Empty());
+  const rapidjson::Document last = done("{'command': 'transfers', 'bus': 'main', 'last': 1}");
+  ASSERT_EQ(last["buses"].Size(), 1u);
+  ASSERT_EQ(last["buses"][0]["transfers"].Size(), 1u);
+  EXPECT_EQ(last["buses"][0]["transfers"][0]["n"].GetUint(), 2u);
+}
+
 struct Refused {
   const char* request;
   const char* remedy;
@@ -201,6 +223,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "there is no bus \"plain\" for \"hang\""},
         Refused{"{'command': 'fault', 'target': 'plain', 'kind': 'nack', 'nth': 0}",
                 "\"nth\": write a whole number from 1"},
+        Refused{"{'command': 'transfers', 'bus': 'mains'}", "did you mean \"main\"?"},
+        Refused{"{'command': 'transfers', 'last': 257}", "\"last\": write a whole number from 1"},
         Refused{"{'command': 'clear', 'what': '7'}", "there is no fault 7"}));
 
 }  // namespace

@@ -77,7 +77,7 @@ void BoardBuilder::addBus(const Item& item) {
 
 // A name of its own among the board's buses and chips: faults are told by it on which they are.
 std::string BoardBuilder::newName(Settings& settings, std::string_view key) const {
-  const std::string name = settings.text(key);
+  std::string name = settings.text(key);
   if (!isName(name)) {
     settings.fail(key, "write a name without a colon that is no number and not \"all\"");
   }

@@ -3,12 +3,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -18,7 +18,7 @@ namespace SmbusService {
 
 namespace {
 
-constexpr int kPatienceMs = 60'000;
+constexpr std::chrono::seconds kPatience(60);
 constexpr int kFirstInherited = 3;  // sd_listen_fds(3)
 
 constexpr const char* kBoard = R"({"board": "Test", "buses": [{"name": "b", "chips": [
@@ -57,6 +57,7 @@ ServiceProcess::ServiceProcess()
     : directory_(freshDirectory()), notifications_(notificationSocket(directory_ / "notify")) {
   writeBoard(kBoard);
   writeConfiguration(kConfiguration);
+  listener_ = std::thread([this] { listen(); });
 }
 
 ServiceProcess::~ServiceProcess() {
@@ -64,7 +65,22 @@ ServiceProcess::~ServiceProcess() {
     signal(SIGKILL);
     (void)wait();
   }
+  ::shutdown(notifications_.get(), SHUT_RDWR);
+  listener_.join();
   std::filesystem::remove_all(directory_);
+}
+
+void ServiceProcess::listen() {
+  std::array<char, 512> text{};
+  for (;;) {
+    const ssize_t size = ::recv(notifications_.get(), text.data(), text.size(), 0);
+    if (size <= 0) {
+      return;
+    }
+    const std::scoped_lock lock(mutex_);
+    heard_.emplace_back(text.data(), static_cast<size_t>(size));
+    told_.notify_all();
+  }
 }
 
 void ServiceProcess::writeConfiguration(const std::string& text) const {
@@ -121,13 +137,13 @@ int ServiceProcess::wait() {
 }
 
 std::optional<std::string> ServiceProcess::notification() {
-  pollfd watched{notifications_.get(), POLLIN, 0};
-  std::array<char, 512> text{};
-  if (::poll(&watched, 1, kPatienceMs) != 1) {
+  std::unique_lock lock(mutex_);
+  if (!told_.wait_for(lock, kPatience, [this] { return !heard_.empty(); })) {
     return std::nullopt;
   }
-  const ssize_t size = ::recv(notifications_.get(), text.data(), text.size(), 0);
-  return std::string(text.data(), static_cast<size_t>(size));
+  std::string said = std::move(heard_.front());
+  heard_.pop_front();
+  return said;
 }
 
 std::string ServiceProcess::errors() const {

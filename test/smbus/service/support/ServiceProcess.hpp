@@ -5,9 +5,13 @@
 
 #include <sys/types.h>
 
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "smbus/service/Descriptor.hpp"
 
@@ -49,10 +53,16 @@ class ServiceProcess {
   [[nodiscard]] std::string errors() const;
 
  private:
+  void listen();
   void launch(const std::string& option, const std::string& argument, const Descriptor* activation);
 
   std::filesystem::path directory_;
   Descriptor notifications_;
+  // Reads them as they come, as systemd does: the service waits when too many are under way.
+  std::thread listener_;
+  std::mutex mutex_;  // held for the two below
+  std::condition_variable told_;
+  std::deque<std::string> heard_;
   pid_t pid_ = 0;
 };
 

@@ -4,8 +4,6 @@
 #include <sched.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <string>
 #include <system_error>
 
 namespace Bench {
@@ -37,21 +35,11 @@ const cpu_set_t& setOf(Cores cores) {
   return cores == Cores::kOne ? one : all;
 }
 
-// A thread that has ended meanwhile runs nowhere.
-void runThreadOn(Cores cores, pid_t thread) {
-  if (::sched_setaffinity(thread, sizeof(cpu_set_t), &setOf(cores)) != 0 && errno != ESRCH) {
-    throw std::system_error(errno, std::generic_category(), "sched_setaffinity");
-  }
-}
-
 }  // namespace
 
-void runOn(Cores cores) { runThreadOn(cores, 0); }
-
-void runOn(Cores cores, pid_t process) {
-  const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
-  for (const auto& task : std::filesystem::directory_iterator(tasks)) {
-    runThreadOn(cores, std::stoi(task.path().filename()));
+void runOn(Cores cores) {
+  if (::sched_setaffinity(0, sizeof(cpu_set_t), &setOf(cores)) != 0) {
+    throw std::system_error(errno, std::generic_category(), "sched_setaffinity");
   }
 }
 

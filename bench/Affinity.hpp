@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Where the two ends of a call run. A wake-up on another core can cost several times one on the
-// same core, so two ways are compared only if both begin alike.
+// same core, so two ways are compared on one.
 #pragma once
-
-#include <sys/types.h>
 
 namespace Bench {
 
 enum class Cores { kOne, kAll };
 
-// For this process and those it starts later.
+// For this thread, and the threads and processes that it starts later.
 void runOn(Cores cores);
-
-// For all threads of another process.
-void runOn(Cores cores, pid_t process);
 
 }  // namespace Bench

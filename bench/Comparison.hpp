@@ -22,21 +22,11 @@ struct Effort {
   int calls;   // of a turn
 };
 
-inline void asItIs() {}
-
-// One way of doing it.
-template <class Call, class Prepare = void (*)()>
-struct Way {
-  Call call;
-  Prepare prepare = asItIs;  // before each turn
-};
-
-template <class AnyWay>
-void takeTurn(AnyWay& way, int calls, Times& times) {
-  way.prepare();
+template <class Way>
+void takeTurn(Way& way, int calls, Times& times) {
   for (int call = 0; call < calls; ++call) {
     const auto start = std::chrono::steady_clock::now();
-    way.call();
+    way();
     times.push_back(std::chrono::steady_clock::now() - start);
   }
 }

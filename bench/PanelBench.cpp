@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/Affinity.hpp"
 #include "pl/pl.h"
 #include "pl/pl_host.h"
 #include "test/e2e/BoardFile.hpp"
@@ -168,6 +169,7 @@ void pl_fd_watcher_delete(pl_fd_watcher_handle) {}
 
 int main() {
   try {
+    Bench::runOn(Bench::Cores::kOne);  // service and library alike
     run();
   } catch (const std::exception& error) {
     std::cerr << "panel_bench: " << error.what() << "\n";

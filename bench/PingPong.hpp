@@ -18,7 +18,6 @@ class PingPong {
   PingPong& operator=(const PingPong&) = delete;
 
   void call();
-  [[nodiscard]] pid_t peer() const { return peer_; }
 
  private:
   int fd_;

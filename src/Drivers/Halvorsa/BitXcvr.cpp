@@ -5,21 +5,6 @@
 
 namespace Drivers {
 
-void XcvrPort::trace(const char* operation) const {
-  TRACE(5, "%s(): id=%hhu", operation, static_cast<unsigned char>(index_));
-}
-
-pl_status XcvrPort::get(const XcvrSignal& signal, int* value) const {
-  trace(signal.getter);
-  int bit;
-  if (const pl_status status = chip_->getXcvrBit(bits_, signal.offset, &bit)) {
-    return status;
-  }
-  const bool level = bit != 0;
-  *value = level == (signal.polarity == Polarity::kActiveHigh) ? 1 : 0;
-  return PL_STATUS_OK;
-}
-
 pl_status XcvrPort::set(const XcvrSignal& signal, int value) const {
   trace(signal.setter);
   const bool asserted = value != 0;

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "Components/Xcvr.hpp"
+#include "Utils/Host.hpp"
 
 namespace Drivers {
 
@@ -71,6 +72,21 @@ class XcvrPort {
   unsigned index_;
   XcvrBits bits_;
 };
+
+inline void XcvrPort::trace(const char* operation) const {
+  TRACE(5, "%s(): id=%hhu", operation, static_cast<unsigned char>(index_));
+}
+
+inline pl_status XcvrPort::get(const XcvrSignal& signal, int* value) const {
+  trace(signal.getter);
+  int bit;
+  if (const pl_status status = chip_->getXcvrBit(bits_, signal.offset, &bit)) {
+    return status;
+  }
+  const bool level = bit != 0;
+  *value = level == (signal.polarity == Polarity::kActiveHigh) ? 1 : 0;
+  return PL_STATUS_OK;
+}
 
 class BitSfpXcvr : public Component::LogicalDevice::SfpXcvr {
  public:

@@ -4,7 +4,7 @@
 //
 //   "tlvInfo"  { type: value }, in the order given; a type is "0x00" to "0xFD", a value a text, a
 //              number or a list of bytes. The standard's number types take a number, which gets the
-//              type's length, its address type a text like "00:1c:73:00:01:ff", its text types
+//              type's length, its address type a text like "02:0a:0c:00:01:ff", its text types
 //              printable ASCII; its types have its lengths. Header and checksum are added.
 //   "fru"      the texts of the product info area, printable ASCII: "manufacturer", "name", "part",
 //              "version", "serial", "asset", "fileId"; and "board" with those of the board info

@@ -39,7 +39,7 @@ Bytes addressBytes(const Config::Item& value) {
   std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return std::tolower(c); });
   // The text of the bytes is the one that was written, or it was no address.
   if (hexText(bytes, ':') != lower) {
-    value.fail("write an address, like \"00:1c:73:00:01:ff\"");
+    value.fail("write an address, like \"02:0a:0c:00:01:ff\"");
   }
   return bytes;
 }

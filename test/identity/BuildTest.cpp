@@ -49,8 +49,8 @@ TEST(IdentityBuild, WhatDoesNotFitIsRefusedAtItsPlace) {
 
 TEST(IdentityBuild, ValuesOfATlvInfoHaveTheLengthOfTheirType) {
   EXPECT_EQ(fieldsOf(Identity::readTlvInfo(
-                tlvInfo("{'0x24': '00:1C:73:00:01:ff', '0x26': '0x10', '0x2A': 2, '0x2C': 'US'}"))),
-            "0x24=00:1c:73:00:01:ff 0x26=16 0x2A=2 0x2C=US");
+                tlvInfo("{'0x24': '02:0A:0C:00:01:ff', '0x26': '0x10', '0x2A': 2, '0x2C': 'US'}"))),
+            "0x24=02:0a:0c:00:01:ff 0x26=16 0x2A=2 0x2C=US");
   EXPECT_EQ(tlvInfo("{'0x2A': 300}"), tlvInfo("{'0x2A': [1, 44]}"));
   EXPECT_EQ(complaint(tlvInfo, "{'0x24': [1, 2]}"),
             "eeprom.json:1:22: Base MAC Address (\"0x24\") has 6 bytes, not 2");
@@ -72,13 +72,13 @@ TEST(IdentityBuild, TextsArePrintableAscii) {
 }
 
 TEST(IdentityBuild, AnAddressIsWrittenInPairsOfDigits) {
-  for (const char* text : {"00:1c:73:00:01:fg", "0:1c:73:00:01:ff", "001c730001ff",
-                           "00:1c:73:00:01:ff:", "00-1c-73-00-01-ff", "00:1c:73:00:01:1ff"}) {
+  for (const char* text : {"02:0a:0c:00:01:fg", "2:0a:0c:00:01:ff", "020a0c0001ff",
+                           "02:0a:0c:00:01:ff:", "02-0a-0c-00-01-ff", "02:0a:0c:00:01:1ff"}) {
     EXPECT_THAT(complaint(tlvInfo, std::string("{'0x24': '") + text + "'}"),
-                HasSubstr("write an address, like \"00:1c:73:00:01:ff\""))
+                HasSubstr("write an address, like \"02:0a:0c:00:01:ff\""))
         << text;
   }
-  EXPECT_THAT(complaint(tlvInfo, "{'0x24': '00:1c:73'}"), HasSubstr("has 6 bytes, not 3"));
+  EXPECT_THAT(complaint(tlvInfo, "{'0x24': '02:0a:0c'}"), HasSubstr("has 6 bytes, not 3"));
 }
 
 TEST(IdentityBuild, MoreRecordsThanTheLengthCanTellAreRefused) {

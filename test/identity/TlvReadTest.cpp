@@ -75,9 +75,9 @@ TEST(TlvRead, LengthsAreThoseOfTheStandard) {
 }
 
 TEST(TlvRead, ValuesAreShownByTheirType) {
-  EXPECT_EQ(fieldsOf(readTlvInfo(tlvInfo("{'0x24': [0, 28, 115, 0, 1, 255], '0x2A': [1, 2], "
+  EXPECT_EQ(fieldsOf(readTlvInfo(tlvInfo("{'0x24': [2, 10, 12, 0, 1, 255], '0x2A': [1, 2], "
                                          "'0xFD': [0, 0, 1, 2], '0x50': [27, 65], '0x51': 'A'}"))),
-            "0x24=00:1c:73:00:01:ff 0x2A=258 0xFD=00 00 01 02 0x50=1b 41 0x51=A");
+            "0x24=02:0a:0c:00:01:ff 0x2A=258 0xFD=00 00 01 02 0x50=1b 41 0x51=A");
 }
 
 TEST(TlvRead, EveryTruncationIsToldAtItsPlace) {

@@ -178,8 +178,7 @@ void BoardControl::setRegister(Settings& request) {
     case EPERM:
       throw BoardError(
           fmt::format("{} cannot be 0x{:02x}: it follows from pins or physical values, which can "
-                      "be set, or the "
-                      "chip refuses the value",
+                      "be set, or the chip refuses the value",
                       what, value));
     default:
       note(fmt::format("{} is 0x{:02x}", what, value));

@@ -7,6 +7,9 @@
 
 #include "pl/pl_xcvr.h"
 
+// A cage's number, as the board's description gives it.
+using XcvrId = unsigned int;
+
 namespace Component::LogicalDevice {
 
 class SfpXcvr {

@@ -8,8 +8,8 @@ namespace Drivers {
 pl_status XcvrPort::set(const XcvrSignal& signal, int value) const {
   trace(signal.setter);
   const bool asserted = value != 0;
-  return chip_->setXcvrBit(bits_, signal.offset,
-                           asserted == (signal.polarity == Polarity::kActiveHigh));
+  return chip_->writeRegisterBit(bits_, signal.offset,
+                                 asserted == (signal.polarity == Polarity::kActiveHigh));
 }
 
 pl_status XcvrPort::presence(const XcvrSignal& signal) const {

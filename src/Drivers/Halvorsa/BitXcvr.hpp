@@ -22,8 +22,8 @@ struct XcvrBits {
 class XcvrChip {
  public:
   // One of a port's bits, by its offset from the base. Outputs are untouched on failure.
-  virtual pl_status getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) = 0;
-  virtual pl_status setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) = 0;
+  virtual pl_status getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) = 0;
+  virtual pl_status writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) = 0;
 
  protected:
   ~XcvrChip() = default;
@@ -80,7 +80,7 @@ inline void XcvrPort::trace(const char* operation) const {
 inline pl_status XcvrPort::get(const XcvrSignal& signal, int* value) const {
   trace(signal.getter);
   int bit;
-  if (const pl_status status = chip_->getXcvrBit(bits_, signal.offset, &bit)) {
+  if (const pl_status status = chip_->getRegisterBit(bits_, signal.offset, &bit)) {
     return status;
   }
   const bool level = bit != 0;

@@ -102,11 +102,11 @@ pl_status HalvXcvrCPLD::setRegisterBit(uint8_t reg, uint8_t bit, bool value, boo
 }
 
 // Queries and commands use the cache alone.
-pl_status HalvXcvrCPLD::getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) {
+pl_status HalvXcvrCPLD::getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) {
   return getRegisterBit(bits.reg, static_cast<uint8_t>(bits.base + offset), value, false);
 }
 
-pl_status HalvXcvrCPLD::setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) {
+pl_status HalvXcvrCPLD::writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) {
   return setRegisterBit(bits.reg, static_cast<uint8_t>(bits.base + offset), value, false);
 }
 
@@ -116,7 +116,7 @@ XcvrPort HalvXcvrCPLD::portOf(unsigned index, unsigned tracedId) {
   return {this, index, bits};
 }
 
-Component::LogicalDevice::SfpXcvr* HalvXcvrCPLD::newSfpXcvr(unsigned int id, const DriverArgs&) {
+Component::LogicalDevice::SfpXcvr* HalvXcvrCPLD::newSfpXcvr(XcvrId id, const DriverArgs&) {
   CHECK(id >= 1 && id <= 48);
   TRACE(5, "creating new SfpXcvr for id %hhu", static_cast<unsigned char>(id));
   return new BitSfpXcvr(id, portOf(indexOf(id), id - 1), kSfp);
@@ -136,7 +136,7 @@ void HalvorsaQCPLD::init() {
   HalvXcvrCPLD::init();
 }
 
-Component::LogicalDevice::QsfpXcvr* HalvorsaQCPLD::newQsfpXcvr(unsigned int id, const DriverArgs&) {
+Component::LogicalDevice::QsfpXcvr* HalvorsaQCPLD::newQsfpXcvr(XcvrId id, const DriverArgs&) {
   CHECK(id >= 1 && id <= 32);
   TRACE(5, "creating new QsfpXcvr for id %hhu", static_cast<unsigned char>(id));
   return new BitQsfpXcvr(id, portOf(indexOf(id), indexOf(id)), kQsfp);

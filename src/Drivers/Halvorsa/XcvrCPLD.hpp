@@ -29,7 +29,7 @@ class HalvXcvrCPLD : public Component::PollingDevice<Component::HardwareDevice>,
   // Reads the registers once and starts polling.
   void init() override;
   // Ports 1 to 48; the CPLD has 16, and the number's higher part selects it in the topology.
-  Component::LogicalDevice::SfpXcvr* newSfpXcvr(unsigned int id, const DriverArgs& args) override;
+  Component::LogicalDevice::SfpXcvr* newSfpXcvr(XcvrId id, const DriverArgs& args) override;
   void pollCallback() override { updateRegisterCache(); }
 
   // A bit of a register as last polled, or read anew with `refresh`.
@@ -44,8 +44,8 @@ class HalvXcvrCPLD : public Component::PollingDevice<Component::HardwareDevice>,
   XcvrPort portOf(unsigned index, unsigned tracedId);
 
  private:
-  pl_status getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) override;
-  pl_status setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) override;
+  pl_status getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) override;
+  pl_status writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) override;
   bool updateRegisterCache();
   pl_status refreshed(uint8_t reg, uint16_t* value);
 
@@ -58,7 +58,7 @@ class HalvorsaQCPLD : public HalvXcvrCPLD {
  public:
   static Component::HardwareDevice* create(const DriverArgs& args, Ham::Ham* ham);
   void init() override;
-  Component::LogicalDevice::QsfpXcvr* newQsfpXcvr(unsigned int id, const DriverArgs& args) override;
+  Component::LogicalDevice::QsfpXcvr* newQsfpXcvr(XcvrId id, const DriverArgs& args) override;
   Utils::ExpectedVals* expectedValues() override { return &values; }
 
   static Utils::ExpectedVals values;

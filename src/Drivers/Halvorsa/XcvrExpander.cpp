@@ -73,7 +73,7 @@ int XcvrExpander::tracedBit(const XcvrBits& bits, uint8_t offset) const {
   return kind_.tracesBase ? bits.base : bits.base + offset;
 }
 
-pl_status XcvrExpander::getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) {
+pl_status XcvrExpander::getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) {
   bool level;
   const auto bit = static_cast<uint8_t>(bits.base + offset);
   if (const pl_status status = readBit(bits.reg, bit, &level)) {
@@ -86,7 +86,7 @@ pl_status XcvrExpander::getXcvrBit(const XcvrBits& bits, uint8_t offset, int* va
 }
 
 // The write-back follows also a change that could not be made, whose status then counts.
-pl_status XcvrExpander::setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) {
+pl_status XcvrExpander::writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) {
   const auto bit = static_cast<uint8_t>(bits.base + offset);
   const pl_status written = writeBit(bits.reg, bit, value);
   const pl_status saved = save();

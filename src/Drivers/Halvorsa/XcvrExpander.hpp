@@ -40,8 +40,8 @@ class XcvrExpander : public GPIOExpander, private XcvrChip {
   Component::LogicalDevice::QsfpXcvr* makeQsfp(unsigned int id);
 
  private:
-  pl_status getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) override;
-  pl_status setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) override;
+  pl_status getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) override;
+  pl_status writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) override;
   int tracedBit(const XcvrBits& bits, uint8_t offset) const;
   XcvrPort portOf(unsigned int id);
 

@@ -34,14 +34,14 @@ std::ostream& operator<<(std::ostream& out, const Access& access) {
 
 class StubChip final : public Drivers::XcvrChip {
  public:
-  pl_status getXcvrBit(const XcvrBits& bits, uint8_t offset, int* value) override {
+  pl_status getRegisterBit(const XcvrBits& bits, uint8_t offset, int* value) override {
     gets.push_back({bits.reg, bits.base, offset, 0});
     if (status == 0) {
       *value = level;
     }
     return status;
   }
-  pl_status setXcvrBit(const XcvrBits& bits, uint8_t offset, bool value) override {
+  pl_status writeRegisterBit(const XcvrBits& bits, uint8_t offset, bool value) override {
     sets.push_back({bits.reg, bits.base, offset, value ? 1 : 0});
     return status;
   }

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "pl/pl_system.h"
+#include "smbus/service/board/BoardError.hpp"
 #include "tools/Environment.hpp"
 #include "tools/HostServices.hpp"
 #include "tools/SlowNotice.hpp"
@@ -63,16 +64,15 @@ Session::Session(const Options& options)
 }
 
 Entry Session::entry(const std::string& kind, const std::string& name) const {
-  std::string names;
+  std::vector<std::string> names;
   for (const Entry& entry : board_.entries(kind)) {
     if (entry.name == name) {
       return entry;
     }
-    names += (names.empty() ? "" : ", ") + entry.name;
+    names.push_back(entry.name);
   }
-  throw UsageError(
-      names.empty() ? fmt::format("this board has no {}", kind)
-                    : fmt::format("this board has no \"{}\" among its {}: {}", name, kind, names));
+  throw UsageError(SmbusService::Board::unknownName("entry", name, names,
+                                                    fmt::format(" among the board's {}", kind)));
 }
 
 std::vector<Device> Session::add(std::span<const Kind* const> kinds) const {

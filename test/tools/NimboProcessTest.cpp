@@ -295,11 +295,12 @@ TEST_F(NimboProcess, FanSetBeyondTheHighestSpeedIsRefused) {
   EXPECT_EQ(result.err, "nimbo: fan1 turns at 23000 rpm at most\n");
 }
 
-TEST_F(NimboProcess, UnknownNameListsTheKnownOnes) {
+TEST_F(NimboProcess, UnknownNameIsToldWithThoseThatAreNear) {
   const TestSupport::Result result = nimbo({"fan", "set", "fan9", "9000"});
   EXPECT_EQ(result.code, 2);
   EXPECT_EQ(result.err,
-            "nimbo: this board has no \"fan9\" among its fans: fan1, fan2, fan3, fan4\n");
+            "nimbo: there is no entry \"fan9\" among the board's fans; did you mean \"fan1\" or "
+            "\"fan2\" or \"fan3\" or \"fan4\"?\n");
 }
 
 // A board file, and the one line that nimbo has to say about it.

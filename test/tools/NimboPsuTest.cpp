@@ -194,8 +194,10 @@ TEST_F(NimboPsu, FanOfASupplyHasAHighestSpeedAndANumber) {
             "nimbo: psu1-dps.fan1 turns at 20000 rpm at most\n");
   const Result third = nimbo({"fan", "set", "psu1-dps.fan3", "9000"});
   EXPECT_EQ(third.code, 2);
-  EXPECT_EQ(third.err,
-            "nimbo: this board has no \"psu1-dps.fan3\" among its fans: fan1, fan2, fan3, fan4\n");
+  EXPECT_EQ(
+      third.err,
+      "nimbo: there is no entry \"psu1-dps.fan3\" among the board's fans; there are \"fan1\", "
+      "\"fan2\", \"fan3\", \"fan4\"\n");
 }
 
 TEST_F(LivePsu, StalledFanOfASupplyIsAFault) {

@@ -117,6 +117,14 @@ TEST_F(LivePsu, BothBaysShowTheirSupplies) {
   EXPECT_NEAR(entry(report, "psus", "psu2-dps")["efficiency_percent"].GetDouble(), 92, 0.2);
 }
 
+// The first bay is asked for a FRU before the supply that is in it answers.
+TEST_F(LivePsu, WarningsThatAreNotPrintedAreCounted) {
+  EXPECT_EQ(live({"show", "psus"}).err,
+            "nimbo: warnings of the library: 1; --trace 0 prints them\n");
+  EXPECT_THAT(live({"--trace", "0", "show", "psus"}).err,
+              testing::Not(HasSubstr("warnings of the library")));
+}
+
 TEST_F(LivePsu, ExchangedSuppliesAreKnownByRegistersFruAndTlvInfo) {
   Process process(command(watchOfSlots({"--live"})), environment());
   expectModel(process, "psu1", "EP750AB12");
